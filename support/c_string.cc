@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/tracked_heap.h"
+
 namespace vsm {
 
 namespace {
@@ -85,6 +87,14 @@ char* SafeStringCopy(char* target, const char* source, size_t size) {
   if (source != nullptr) std::strncpy(target, source, size);
   if (size != 0) target[size - 1] = '\0';
   return target;
+}
+
+char* DuplicateString(const char* text) {
+  if (text == nullptr) return nullptr;
+  size_t size = std::strlen(text) + 1;
+  char* copy = static_cast<char*>(TrackedAlloc(0, size));
+  if (copy != nullptr) std::memcpy(copy, text, size);
+  return copy;
 }
 
 int BytesEqual(const void* a, const void* b, int32_t count) {

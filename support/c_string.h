@@ -38,6 +38,9 @@ void Mid(const char* text, int32_t start, int32_t count, char* output);
 // strncpy, then zeroes target[size - 1] when `size` is non-zero, so that the copy always ends in
 // a zero. A null source copies nothing. Returns `target`.
 char* SafeStringCopy(char* target, const char* source, size_t size);
+// A copy of `text` in a new block of the tracked heap, freed with TrackedFree. Null for a null
+// text or a failed allocation.
+char* DuplicateString(const char* text);
 
 // 1 when the first `count` bytes are equal; a count below 1 gives 1; otherwise 0.
 int BytesEqual(const void* a, const void* b, int32_t count);

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "support/tracked_heap.h"
+
 namespace vsm {
 
 namespace {
@@ -45,6 +47,43 @@ int32_t CountParts(const char* text, char delimiter) {
     if (text[i] == delimiter) ++count;
   }
   return text[length - 1] == delimiter ? count : count + 1;
+}
+
+int SplitToArray(const char* text, char delimiter, ArrayOfStrings* array, int32_t* count) {
+  if (array == nullptr || count == nullptr) return 0;
+  *array = nullptr;
+  *count = 0;
+  int32_t total = CountParts(text, delimiter);
+  if (total == 0) return 1;
+  ArrayOfStrings pieces = static_cast<ArrayOfStrings>(
+      TrackedAlloc(kTrackedZeroFill, static_cast<size_t>(total) * sizeof(char*)));
+  if (pieces == nullptr) return 0;
+  int32_t made = 0;
+  bool failed = false;
+  ForEachPiece(text, std::strlen(text), delimiter, [&](const char* data, size_t size) {
+    if (failed) return;
+    char* piece = static_cast<char*>(TrackedAlloc(0, size + 1));
+    if (piece == nullptr) {
+      failed = true;
+      return;
+    }
+    std::memcpy(piece, data, size);
+    piece[size] = '\0';
+    pieces[made++] = piece;
+  });
+  if (failed) {
+    FreeArray(pieces, made);
+    return 0;
+  }
+  *array = pieces;
+  *count = made;
+  return 1;
+}
+
+void FreeArray(ArrayOfStrings array, int32_t count) {
+  if (array == nullptr) return;
+  for (int32_t i = 0; i < count; ++i) TrackedFree(array[i]);
+  TrackedFree(array);
 }
 
 }  // namespace vsm
