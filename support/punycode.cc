@@ -1,5 +1,12 @@
 #include "support/punycode.h"
 
+#include <cstring>
+#include <string>
+
+#include "support/mem_buffer.h"
+#include "support/string_split.h"
+#include "support/utf_convert.h"
+
 namespace vsm {
 
 namespace {
@@ -14,6 +21,8 @@ constexpr uint32_t kInitialN = 128;
 constexpr uint32_t kMaxInt = 0x7FFFFDFF;
 constexpr uint32_t kMaxCodePoints = 512;
 constexpr uint32_t kFlagBit = 0x80000000;
+constexpr uint32_t kHostGrowBytes = 0x80000;
+constexpr uint32_t kLabelBufferSize = 1024;
 
 bool IsHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
@@ -55,6 +64,25 @@ class OutputCounter {
   uint32_t size_;
   uint32_t length_ = 0;
 };
+
+// Encodes the labels into `text`; false when one of them fails.
+bool EncodeLabels(ArrayOfStrings labels, int32_t count, CMemBuffer& text) {
+  for (int32_t i = 0; i < count; ++i) {
+    std::wstring wide;
+    Utf8ToWide(labels[i], std::strlen(labels[i]), wide);
+    if (wide.empty()) return false;
+    char encoded[kLabelBufferSize] = {};
+    uint32_t nonBasic = 0;
+    uint32_t length = PunycodeEncode(wide.c_str(), kPunycodeZeroTerminated, encoded,
+                                     sizeof(encoded), nullptr, 0, &nonBasic);
+    if (length == 0) return false;
+    if (length > sizeof(encoded)) length = sizeof(encoded);
+    if (i > 0 && text.Write(".", 1) != 1) return false;
+    if (nonBasic != 0 && text.WriteString("xn--") != 1) return false;
+    if (text.Write(encoded, length) != length) return false;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -129,6 +157,22 @@ uint32_t PunycodeEncode(const wchar_t* input, uint32_t inputLength, char* output
     ++n;
   }
   return out.length();
+}
+
+uint32_t HostNameToPunycode(const char* host, char* output) {
+  if (host == nullptr) return 0;
+  ArrayOfStrings labels = nullptr;
+  int32_t count = 0;
+  if (SplitToArray(host, '.', &labels, &count) == 0) return 0;
+  CMemBuffer text(kHostGrowBytes);
+  bool encoded = EncodeLabels(labels, count, text);
+  FreeArray(labels, count);
+  if (!encoded) return 0;
+  uint32_t length = text.GetLength();
+  if (output == nullptr) return length + 1;
+  if (length > 0) std::memcpy(output, text.buffer(), length);
+  output[length] = '\0';
+  return length;
 }
 
 }  // namespace vsm

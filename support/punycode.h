@@ -19,7 +19,11 @@
 //   giving 0. Valid Unicode never reaches it; only raw elements far above 0x10FFFF do.
 // - *nonBasicCount (when not null) receives the number of non-basic code points; an empty
 //   input gives 0 with a count of 0. A result of 0 always means failure.
-// Thread-safe; no state.
+//
+// HostNameToPunycode gives a host name in the form a resolver accepts: each label that holds
+// more than ASCII becomes "xn--" and its encoding, and ASCII labels stay as they are.
+//
+// Thread-safe; no state of its own (the tracked heap has its own lock).
 #ifndef VSM_SUPPORT_PUNYCODE_H_
 #define VSM_SUPPORT_PUNYCODE_H_
 
@@ -33,6 +37,15 @@ constexpr uint32_t kPunycodeZeroTerminated = 0xFFFFFFFF;
 uint32_t PunycodeEncode(const wchar_t* input, uint32_t inputLength, char* output,
                         uint32_t outputSize, const uint8_t* caseFlags, int ignored,
                         uint32_t* nonBasicCount);
+
+// Splits `host` (UTF-8) at '.', by the rule of SplitString, and encodes each label. With a null
+// `output` the result is the size to allocate, the text's length + 1; otherwise the text and a
+// terminating zero go to `output`, and the result is the length without the zero. Callers call
+// twice, first for the size. 0 means failure: a null host, a label that doesn't decode (an empty
+// one in the middle or at the start, malformed UTF-8) or that PunycodeEncode refuses (more than
+// 512 code points). A trailing dot is lost, since nothing follows it. A label whose encoding
+// passes 1024 bytes is cut there; DNS labels are far shorter.
+uint32_t HostNameToPunycode(const char* host, char* output);
 
 }  // namespace vsm
 
