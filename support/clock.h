@@ -21,9 +21,9 @@ void SleepMilliseconds(uint32_t ms);
 uint32_t GetCurrentThreadNumber();
 
 struct LocalSystemTime {
-  uint16_t year;          // full year, tm_year + 1900
-  uint16_t month;         // 1 to 12
-  uint16_t dayOfWeek;     // always written 0
+  uint16_t year;       // full year, tm_year + 1900
+  uint16_t month;      // 1 to 12
+  uint16_t dayOfWeek;  // always written 0
   uint16_t day;
   uint16_t hour;
   uint16_t minute;
@@ -35,7 +35,8 @@ struct LocalSystemTime {
 void GetLocalSystemTime(LocalSystemTime* record);
 // The same, by value.
 LocalSystemTime GetLocalSystemTime();
-// Fills `record` from `time` in local time; milliseconds are left as they were.
+// Fills `record` from `time` in local time; milliseconds are left as they were. A time that
+// localtime can't break down leaves the record alone.
 void SystemTimeFromUnixTime(LocalSystemTime* record, time_t time);
 
 }  // namespace vsm

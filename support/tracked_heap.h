@@ -2,7 +2,9 @@
 //
 // Shaped after the Win32 global-memory calls: a flags argument, and lock/unlock calls that do
 // nothing here. A process-wide map from block address to size, guarded by a CRWLock of its own,
-// records every block. Thread-safe. Blocks from TrackedAlloc go back through TrackedFree.
+// records every block. Thread-safe; the block operations themselves run outside the lock.
+// Blocks from TrackedAlloc go back through TrackedFree. The map lives from load to exit; calls
+// made later still allocate and free, but record nothing and give 0 sizes.
 #ifndef VSM_SUPPORT_TRACKED_HEAP_H_
 #define VSM_SUPPORT_TRACKED_HEAP_H_
 
@@ -25,7 +27,8 @@ uint64_t TrackedSize(void* block);
 // realloc; null on failure, leaving the old block and its record alone. Records the new address
 // with `size`, then forgets the old address. When realloc keeps the address both are the same
 // record, which is then gone: TrackedSize gives 0 for that live block. Callers must not count on
-// TrackedSize after a resize. `flags` is ignored.
+// TrackedSize after a resize. `flags` is ignored. A `size` of 0 still keeps a one-byte block,
+// so that null always means the old block is untouched.
 void* TrackedRealloc(void* block, size_t size, uint32_t flags);
 // Gives `block`.
 void* TrackedLock(void* block);
