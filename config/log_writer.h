@@ -5,8 +5,8 @@
 // LogLevel of the configuration file, read at each call, unless logging was switched to 14 at
 // start-up or by SetLogLevel (`verboseLogging`), in which case it is 14 without a read.
 // Each line is "[Process:%6d Thread:%6d] [MM/DD/YYYY hh:mm:ss.mmm] [Level-workMode]: text",
-// with " GetLastError = %d." (errno) behind Error lines, appended to the service log (or the
-// updater log while `isScanning` is set) by opening, writing and closing the file under
+// with " GetLastError = %d." (the errno found on entry) behind Error lines, appended to the service
+// log (or the updater log while `isScanning` is set) by opening, writing and closing the file under
 // configLock, so lines never interleave and a removed file comes back.
 // Every function is thread-safe and lets no exception out; a file that can't be opened makes
 // the writer return 0 and the caller goes on.
@@ -25,7 +25,8 @@ constexpr uint32_t kLogInfo = 4;
 constexpr uint32_t kLogDebug = 8;
 constexpr uint32_t kLogVerbose = 16;
 
-// printf-style. They test the mask before touching their arguments. Result as LogMessage.
+// printf-style. They test the mask before touching their arguments, so with logging off a call
+// costs the mask test alone. Result as LogMessage.
 int LogError(const char* format, ...) __attribute__((format(printf, 1, 2)));
 int LogInfo(const char* format, ...) __attribute__((format(printf, 1, 2)));
 int LogDebug(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -5,8 +5,10 @@
 // process-wide tables gather the ports set through this process; saving one writes its entries
 // in name order and its size as the count, leaving entries of higher index from an earlier,
 // longer table in the file. Per-user values live in user_config.ini under "<alias>",
-// "<alias>_ssl", "<alias>_def", "<alias>_ssl_def". All functions are thread-safe; file access
-// runs under configLock.
+// "<alias>_ssl", "<alias>_def", "<alias>_ssl_def". All functions are thread-safe: the process
+// tables change only under the write side of configLock, and file access runs under configLock,
+// except WriteUserPort, which writes user_config.ini without it. A null name or kind does
+// nothing (or reads as port 0).
 #ifndef VSM_CONFIG_PORT_REGISTRY_H_
 #define VSM_CONFIG_PORT_REGISTRY_H_
 
