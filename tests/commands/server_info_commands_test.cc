@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "commands/server_document.h"
+#include "config/path_table.h"
 #include "config/working_paths.h"
 #include "core/virtual_manager_client.h"
 #include "test_support/command_runner.h"
@@ -13,7 +14,10 @@ using testing::RunCommandText;
 
 class ServerInfoTest : public ::testing::Test {
  protected:
-  void SetUp() override { InitializeWorkingPathsFrom(folder_.Join("prog"), false); }
+  void SetUp() override {
+    ResetPathTableForTesting();  // start-up runs once per process; every test starts anew
+    InitializeWorkingPathsFrom(folder_.Join("prog"), false);
+  }
   void TearDown() override { VirtualManagerClient::DestroyInstance(); }
   std::string Configuration() {
     return testing::ReadFileBytes(folder_.Join("VSConfiguration.ini"));
@@ -106,6 +110,43 @@ TEST_F(ServerInfoTest, ParametersOfEveryTypeInEveryPosition) {
                            "{\"a\":1,\"b\":2,\"c\":3,\"d\":4,\"e\":5}}")
                 .Text(),
             "{}");
+}
+
+// The other commands with every JSON type in every position they read.
+TEST_F(ServerInfoTest, ParametersOfEveryTypeInTheOtherCommands) {
+  const std::string kinds[] = {"null",  "true",  "7",     "3000000000", "1.5",
+                               "\"9\"", "\"0\"", "\"x\"", "[1]",        "{\"a\":1}"};
+  const std::string noPorts =
+      "{\"Host\":\"\",\"qpt\":{\"port\":\"-1\",\"sslPort\":\"-1\"},"
+      "\"vsm\":{\"port\":\"-1\",\"sslPort\":\"-1\"}}";
+  for (const std::string& kind : kinds) {
+    // GetServerInfo reads no parameter.
+    EXPECT_EQ(
+        RunCommandText("{\"id\":\"1\",\"method\":\"GetServerInfo\",\"parameter\":[" + kind + "]}")
+            .Text(),
+        noPorts);
+    // GetPorts takes any text as the hash; an object reads as the empty hash.
+    EXPECT_NE(RunCommandText("{\"id\":\"1\",\"method\":\"GetPorts\",\"parameter\":[" + kind + "]}")
+                  .Text()
+                  .find("\"exception\" : -2408"),
+              std::string::npos);
+    for (int position = 0; position < 3; ++position) {
+      std::string parameters;
+      for (int i = 0; i < 3; ++i) {
+        parameters += (i ? "," : "") + (i == position ? kind : (i == 0 ? "\"h\"" : "1"));
+      }
+      bool accepted = position == 0 ? kind != "{\"a\":1}"
+                                    : (kind != "null" && kind != "true" && kind != "\"x\"" &&
+                                       kind != "[1]" && kind != "{\"a\":1}");
+      std::string answer = RunCommandText(
+                               "{\"id\":\"1\",\"method\":\"CheckQPTPort\","
+                               "\"parameter\":[" +
+                               parameters + "]}")
+                               .Text();
+      EXPECT_EQ(answer == "{}", !accepted) << parameters;
+    }
+  }
+  EXPECT_EQ(VirtualManagerClient::GetInstance()->manager()->GetUserHashes().count(""), 1u);
 }
 
 TEST_F(ServerInfoTest, ChangePortAnswersTrue) {

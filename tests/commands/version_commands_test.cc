@@ -2,6 +2,7 @@
 
 #include "commands/user_hash.h"
 #include "config/module_identity.h"
+#include "config/path_table.h"
 #include "config/working_paths.h"
 #include "core/virtual_manager_client.h"
 #include "test_support/command_runner.h"
@@ -19,6 +20,7 @@ class VersionCommandsTest : public ::testing::Test {
     if (!configuration.empty()) {
       testing::WriteFileBytes(folder_.Join("VSConfiguration.ini"), configuration);
     }
+    ResetPathTableForTesting();  // start-up runs once per process; every test starts anew
     InitializeWorkingPathsFrom(folder_.Join("prog"), false);
   }
   void TearDown() override { VirtualManagerClient::DestroyInstance(); }

@@ -14,7 +14,7 @@
 #include "config/path_table.h"
 #include "config/port_registry.h"
 #include "test_support/temp_dir.h"
-#include "tests/config/log_line.h"
+#include "test_support/log_line.h"
 
 namespace vsm {
 namespace {

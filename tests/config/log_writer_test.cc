@@ -19,7 +19,7 @@
 #include "config/module_identity.h"
 #include "config/path_table.h"
 #include "test_support/temp_dir.h"
-#include "tests/config/log_line.h"
+#include "test_support/log_line.h"
 
 namespace vsm {
 namespace {

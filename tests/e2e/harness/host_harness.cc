@@ -94,6 +94,11 @@ CommandResult Send(const std::string& text) {
 
 std::string RunHost(const std::string& folder, const std::vector<std::string>& arguments,
                     const std::string& input, int* status) {
+  return RunHostAs(-1, folder, arguments, input, status);
+}
+
+std::string RunHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
+                      const std::string& input, int* status) {
   const std::string program = folder + "/vsmctl";
   if (access(program.c_str(), X_OK) != 0) CopyFile(VSMCTL_PATH, program);
   // Input and output live outside the folder, which a test may have made read-only.
@@ -114,6 +119,10 @@ std::string RunHost(const std::string& folder, const std::vector<std::string>& a
     if (freopen(inputPath.c_str(), "rb", stdin) == nullptr ||
         freopen(outputPath.c_str(), "wb", stdout) == nullptr) {
       _exit(126);
+    }
+    if (uid >= 0 &&
+        (setgid(static_cast<gid_t>(uid)) != 0 || setuid(static_cast<uid_t>(uid)) != 0)) {
+      _exit(125);
     }
     execv(program.c_str(), argv.data());
     _exit(127);

@@ -73,6 +73,9 @@ CommandResult Send(const std::string& text);
 // status goes to `status` when it is not null.
 std::string RunHost(const std::string& folder, const std::vector<std::string>& arguments,
                     const std::string& input, int* status = nullptr);
+// The same, with the program running under the user id `uid` (the caller must be root).
+std::string RunHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
+                      const std::string& input, int* status = nullptr);
 
 }  // namespace vsm::e2e
 

@@ -1,8 +1,8 @@
 // Log lines in tests: a head holds the process and thread numbers and the clock, which differ at
 // each run, so tests match heads by pattern and compare the rest byte for byte. (Not std::regex:
 // its headers trip -Wmaybe-uninitialized in the sanitizer builds.)
-#ifndef VSM_TESTS_CONFIG_LOG_LINE_H_
-#define VSM_TESTS_CONFIG_LOG_LINE_H_
+#ifndef VSM_TESTS_TEST_SUPPORT_LOG_LINE_H_
+#define VSM_TESTS_TEST_SUPPORT_LOG_LINE_H_
 
 #include <cctype>
 #include <string>
@@ -45,4 +45,4 @@ inline std::string WithoutHeads(const std::string& log) {
 
 }  // namespace vsm::testing
 
-#endif  // VSM_TESTS_CONFIG_LOG_LINE_H_
+#endif  // VSM_TESTS_TEST_SUPPORT_LOG_LINE_H_
