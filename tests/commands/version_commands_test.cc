@@ -17,89 +17,63 @@ class VersionCommandsTest : public ::testing::Test {
  protected:
   // Start-up in a folder of the test's own, with the given configuration file.
   void Start(const std::string& configuration) {
-    if (!configuration.empty()) {
-      testing::WriteFileBytes(folder_.Join("VSConfiguration.ini"), configuration);
-    }
+    testing::WriteFileBytes(folder_.Join("VSConfiguration.ini"), configuration);
     ResetPathTableForTesting();  // start-up runs once per process; every test starts anew
     InitializeWorkingPathsFrom(folder_.Join("prog"), false);
   }
-  void TearDown() override { VirtualManagerClient::DestroyInstance(); }
-
+  void TearDown() override {
+    SetWorkMode(0);
+    VirtualManagerClient::DestroyInstance();
+  }
   testing::TempDir folder_;
 };
 
-std::string VersionAnswer(const std::string& version, const std::string& flag,
-                          const std::string& echoed = "") {
-  return "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : [\n" + echoed +
-         "      \"" + version +
-         "\",\n      \"Veldorane Service Manager Module\",\n"
-         "      \"0\",\n      \"" +
-         flag +
-         "\",\n      \"32\"\n   ],\n"
-         "\t\"cmdId\" : \"17\"\n}\n";
+std::string VersionInfo(const std::string& extra) {
+  return RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\"" + extra + "}")
+      .Text();
 }
 
-TEST_F(VersionCommandsTest, VersionInfoOpensTheConversation) {
-  Start("");
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\"}").Text(),
-            VersionAnswer("16, 2, 6, 1212", "false"));
-  EXPECT_EQ(VirtualManagerClient::GetInstance()->manager()->GetUserSessions().count(""), 1u);
+std::string Spread(const std::string& flag, const std::string& echoed = "") {
+  return "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : [\n" + echoed +
+         "      \"16, 2, 6, 1212\",\n      \"Veldorane Service Manager Module\",\n      \"0\",\n"
+         "      \"" +
+         flag + "\",\n      \"32\"\n   ],\n\t\"cmdId\" : \"17\"\n}\n";
 }
 
 TEST_F(VersionCommandsTest, EnhancedModeNeedsTheKeyWorkModeZeroAndACurrentClient) {
   Start("[VS]\nEnableEnhancedMode=true\n");
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\"}").Text(),
-            VersionAnswer("16, 2, 6, 1212", "true"));
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\","
-                           "\"version\":\"qwasm_13000404\"}")
-                .Text(),
-            // The old version text is short enough for the five elements to fit one line.
-            "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : "
-            "[ \"13,0,0,0404\", \"Veldorane Service Manager Module\", \"0\", \"false\", \"32\" ],\n"
+  EXPECT_EQ(VersionInfo(""), Spread("true"));
+  EXPECT_EQ(VersionInfo(",\"version\":\"qwasm_1\",\"parameter\":[7]"),
+            Spread("true", "      7,\n"));
+  // The old version text is short enough for the five elements to fit one line.
+  EXPECT_EQ(VersionInfo(",\"version\":\"qwasm_13000404\""),
+            "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : [ "
+            "\"13,0,0,0404\", \"Veldorane Service Manager Module\", \"0\", \"false\", \"32\" ],\n"
             "\t\"cmdId\" : \"17\"\n}\n");
   SetWorkMode(3);
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\"}").Text(),
-            VersionAnswer("16, 2, 6, 1212", "false"));
-  SetWorkMode(0);
-}
-
-TEST_F(VersionCommandsTest, VersionInfoEchoesParametersFirst) {
-  Start("");
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\","
-                           "\"version\":\"qwasm_1\",\"parameter\":[7]}")
-                .Text(),
-            VersionAnswer("16, 2, 6, 1212", "false", "      7,\n"));
+  EXPECT_EQ(VersionInfo(""), Spread("false"));
+  EXPECT_EQ(VirtualManagerClient::GetInstance()->manager()->GetUserSessions().count(""), 1u);
 }
 
 TEST_F(VersionCommandsTest, VSVersionReadsTheKeyOnlyWithoutParameters) {
   Start("[VS]\nVSVersion=16.2.0.1\n");
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"2\",\"method\":\"VSVersion\"}").Text(),
-            "{\n   \"event\" : \"VSVersion\",\n   \"id\" : \"1\",\n"
-            "   \"result\" : [ \"16.2.0.1\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"2\"\n}\n");
-  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"cmdId\":\"2\",\"method\":\"VSVersion\","
-                           "\"parameter\":[\"x\"]}")
-                .Text(),
-            "{\n   \"event\" : \"VSVersion\",\n   \"id\" : \"1\",\n"
-            "   \"result\" : [ \"x\", \"\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"2\"\n}\n");
-}
-
-TEST_F(VersionCommandsTest, VSVersionDefaultsToZero) {
-  Start("[VS]\nVSVersion=\n");
+  const std::string head = "{\n   \"event\" : \"VSVersion\",\n   \"id\" : \"1\",\n   \"result\" : ";
   EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"method\":\"VSVersion\"}").Text(),
-            "{\n   \"event\" : \"VSVersion\",\n   \"id\" : \"1\",\n"
-            "   \"result\" : [ \"0\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"\"\n}\n");
+            head + "[ \"16.2.0.1\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"\"\n}\n");
+  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"method\":\"VSVersion\",\"parameter\":[\"x\"]}").Text(),
+            head + "[ \"x\", \"\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"\"\n}\n");
+  Start("[VS]\nVSVersion=\n");  // an empty value reads as the default
+  VirtualManagerClient::DestroyInstance();
+  EXPECT_EQ(RunCommandText("{\"id\":\"1\",\"method\":\"VSVersion\"}").Text(),
+            head + "[ \"0\", \"Veldorane Service\" ],\n\t\"cmdId\" : \"\"\n}\n");
 }
 
 TEST(HashUserName, MultipliesByThirtyThree) {
   EXPECT_EQ(HashUserName(""), 0u);
   EXPECT_EQ(HashUserName("ab"), 3299u);
-  EXPECT_EQ(HashUserName("\xff"), 255u);
+  EXPECT_EQ(HashUserName("\xff"), 255u);  // bytes count unsigned
   EXPECT_EQ(HashUserName(std::string("a\0b", 3)), 97u);
-  EXPECT_EQ(HashUserName(std::string(20, 'z')), [] {
-    uint32_t value = 0;
-    for (int i = 0; i < 20; ++i) value = value * 33 + 'z';
-    return value;
-  }());
+  EXPECT_EQ(HashUserName("zzzzzzzzzzzz"), 3197785144u);  // wraps in 32 bits
 }
 
 }  // namespace

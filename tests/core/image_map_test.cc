@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <vector>
 
@@ -10,129 +9,94 @@
 namespace vsm {
 namespace {
 
-constexpr char kSet[] = "/SetEncryptedImageMap?GUID=";
-constexpr char kGet[] = "/GetEncryptedImageMap?GUID=";
+const std::string kSet = "/SetEncryptedImageMap?GUID=";
+const std::string kGet = "/GetEncryptedImageMap?GUID=";
 
 class ImageMapTest : public ::testing::Test {
  protected:
   void TearDown() override { VirtualManagerClient::DestroyInstance(); }
+  int Get(const std::string& url, std::vector<char>* out, uint32_t* length) {
+    return client_->GetImage(url.c_str(), out ? out->data() : nullptr, length);
+  }
   VirtualManagerClient* client_ = VirtualManagerClient::GetInstance();
 };
 
-TEST(ExtractGuid, TakesEverythingBehindTheKey) {
-  struct Row {
-    const char* url;
-    const char* route;
-    std::string guid;
-  } rows[] = {
-      {"/GetEncryptedImageMap?GUID=abc", "/GetEncryptedImageMap?", "abc"},
+TEST(ExtractGuid, TakesEverythingBehindTheKeyWhenTheRouteIsThere) {
+  const char* rows[][3] = {
       {"/GetEncryptedImageMap?GUID=abc&x=1", "/GetEncryptedImageMap?", "abc&x=1"},
       {"/GetEncryptedImageMap?GUID=", "/GetEncryptedImageMap?", ""},
       {"/GetEncryptedImageMap?guid=abc", "/GetEncryptedImageMap?", ""},
       {"/GetEncryptedImageMap?GUID=abc", "/SetEncryptedImageMap?", ""},
-      {"/x?GUID=a/GetEncryptedImageMap?", "/GetEncryptedImageMap?", "a/GetEncryptedImageMap?"},
-      {"", "/GetEncryptedImageMap?", ""},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(VirtualManagerClient::ExtractGuid(row.url, row.route), row.guid) << row.url;
-  }
+      {"/x?GUID=a/GetEncryptedImageMap?", "/GetEncryptedImageMap?", "a/GetEncryptedImageMap?"}};
+  for (const auto& row : rows) EXPECT_EQ(VirtualManagerClient::ExtractGuid(row[0], row[1]), row[2]);
   EXPECT_THROW(VirtualManagerClient::ExtractGuid(nullptr, "/x"), std::logic_error);
 }
 
-TEST_F(ImageMapTest, ShortRecordsComeBackZeroPadded) {
-  const std::string url = "0d4f-guid";
-  EXPECT_EQ(client_->SetImage((kSet + url).c_str(), "12345", 5), 1);
-  std::vector<char> out(2052, 'x');
-  uint32_t length = 0;
-  EXPECT_EQ(client_->GetImage((kGet + url).c_str(), out.data(), &length), 1);
-  EXPECT_EQ(length, 2052u);
-  EXPECT_EQ(std::string(out.data(), 5), "12345");
-  EXPECT_EQ(std::vector<char>(out.begin() + 5, out.end()), std::vector<char>(2047, '\0'));
-}
-
-TEST_F(ImageMapTest, RecordsOfEverySizeUpToTheLimit) {
-  for (uint32_t size : {0u, 1u, 1024u, 2051u, 2052u}) {
-    std::vector<char> record(size + 1, 'r');  // never empty: a null record removes instead
-    std::string key = "k" + std::to_string(size);
+TEST_F(ImageMapTest, RecordsOfEverySizeComeBackZeroPadded) {
+  for (uint32_t size : {0u, 5u, 2051u, 2052u}) {
+    std::vector<char> record(size + 1, 'r'), out(2052, 'x');  // never empty: null removes
+    const std::string key = "k" + std::to_string(size);
     ASSERT_EQ(client_->SetImage((kSet + key).c_str(), record.data(), size), 1);
-    std::vector<char> out(2052, 'x');
     uint32_t length = 0;
-    ASSERT_EQ(client_->GetImage((kGet + key).c_str(), out.data(), &length), 1);
-    EXPECT_EQ(std::count(out.begin(), out.end(), 'r'), static_cast<long>(size));
-    EXPECT_EQ(std::count(out.begin(), out.end(), '\0'), static_cast<long>(2052 - size));
+    ASSERT_EQ(Get(kGet + key, &out, &length), 1);
+    EXPECT_EQ(length, 2052u);
+    EXPECT_EQ(std::count(out.begin(), out.begin() + size, 'r'), static_cast<long>(size));
+    EXPECT_EQ(std::count(out.begin() + size, out.end(), '\0'), static_cast<long>(2052 - size));
   }
-}
-
-TEST_F(ImageMapTest, ANullOutAsksForTheLengthOnly) {
-  client_->SetImage((std::string(kSet) + "g").c_str(), "a", 1);
   uint32_t length = 0;
-  EXPECT_EQ(client_->GetImage((std::string(kGet) + "g").c_str(), nullptr, &length), 1);
+  EXPECT_EQ(Get(kGet + "k5", nullptr, &length), 1);  // a null out asks for the length only
   EXPECT_EQ(length, 2052u);
 }
 
-TEST_F(ImageMapTest, MissingKeysLeaveTheLengthAlone) {
+TEST_F(ImageMapTest, KeysAndRemoval) {
   uint32_t length = 77;
-  EXPECT_EQ(client_->GetImage((std::string(kGet) + "none").c_str(), nullptr, &length), 0);
-  EXPECT_EQ(client_->GetImage(kGet, nullptr, &length), 0);
-  EXPECT_EQ(client_->GetImage("/GetEncryptedImageMap?x=1", nullptr, &length), 0);
+  client_->SetImage((kSet + "g").c_str(), "a", 1);
+  EXPECT_EQ(Get(kGet + "none", nullptr, &length), 0);
+  EXPECT_EQ(Get(kGet, nullptr, &length), 0);
+  EXPECT_EQ(Get(kSet + "g", nullptr, &length), 0);      // the route must name the operation
+  EXPECT_EQ(Get(kGet + "g&v=2", nullptr, &length), 0);  // query text is part of the key
   EXPECT_EQ(length, 77u);
-}
-
-TEST_F(ImageMapTest, SetImageWithNullDataRemoves) {
+  EXPECT_EQ(client_->SetImage((kGet + "g").c_str(), "a", 1), 0);
   EXPECT_EQ(client_->SetImage("/SetEncryptedImageMap?x=1", nullptr, 0), 0);
-  EXPECT_EQ(client_->SetImage((std::string(kSet) + "unknown").c_str(), nullptr, 0), 1);
-  client_->SetImage((std::string(kSet) + "g").c_str(), "a", 1);
-  EXPECT_EQ(client_->SetImage((std::string(kSet) + "g").c_str(), nullptr, 0), 1);
-  uint32_t length = 0;
-  EXPECT_EQ(client_->GetImage((std::string(kGet) + "g").c_str(), nullptr, &length), 0);
-}
-
-TEST_F(ImageMapTest, TheRouteTextMustMatchTheOperation) {
-  EXPECT_EQ(client_->SetImage((std::string(kGet) + "g").c_str(), "a", 1), 0);
-  client_->SetImage((std::string(kSet) + "g").c_str(), "a", 1);
-  uint32_t length = 0;
-  EXPECT_EQ(client_->GetImage((std::string(kSet) + "g").c_str(), nullptr, &length), 0);
-  // The query text behind the GUID is part of the key.
-  EXPECT_EQ(client_->GetImage((std::string(kGet) + "g&v=2").c_str(), nullptr, &length), 0);
+  EXPECT_EQ(client_->SetImage((kSet + "unknown").c_str(), nullptr, 0), 1);
+  EXPECT_EQ(client_->SetImage((kSet + "g").c_str(), nullptr, 0), 1);
+  EXPECT_EQ(Get(kGet + "g", nullptr, &length), 0);
 }
 
 TEST_F(ImageMapTest, ARecordOverTheLimitEndsTheProcess) {
   std::vector<char> record(2053, 'r');
-  EXPECT_DEATH(client_->SetImage((std::string(kSet) + "g").c_str(), record.data(), 2053),
+  EXPECT_DEATH(client_->SetImage((kSet + "g").c_str(), record.data(), 2053),
                "copied block of 2053 bytes overflows a buffer of 2052 bytes");
 }
 
-TEST_F(ImageMapTest, WhiteListNormalisesBackslashesOnly) {
-  client_->AddFileToWhiteList("C:\\Users\\a.txt");
-  client_->AddFileToWhiteList("C:\\Users\\a.txt");
-  EXPECT_EQ(client_->IsFileInWhiteList("C:/Users/a.txt"), 1);
-  EXPECT_EQ(client_->IsFileInWhiteList("C:\\Users\\a.txt"), 1);
-  EXPECT_EQ(client_->IsFileInWhiteList("c:/users/a.txt"), 0);
-  client_->AddFileToWhiteList("/tmp/b");
-  EXPECT_EQ(client_->IsFileInWhiteList("\\tmp\\b"), 1);
-}
-
-TEST_F(ImageMapTest, ReservedAnswersForTheWhiteList) {
-  char listed[] = "fileInQPTWhiteList";
-  char add[] = "addFileToWhiteList";
-  char addLonger[] = "addFileToWhiteListPlus";
-  char listedLonger[] = "fileInQPTWhiteListX";
-  char other[] = "somethingElseEntirely";
-  char shortText[] = "file";
+TEST_F(ImageMapTest, ReservedKeepsTheWhiteList) {
+  char listed[] = "fileInQPTWhiteList", add[] = "addFileToWhiteList";
+  char listedLonger[] = "fileInQPTWhiteListX", addLonger[] = "addFileToWhiteListPlus";
+  char other[] = "somethingElseEntirely", shortText[] = "file";
   int dummy = 0;
-  EXPECT_EQ(client_->Reserved(listed, "/p", nullptr), -1);
-  EXPECT_EQ(client_->Reserved(add, "/p", nullptr), 0);
-  EXPECT_EQ(client_->Reserved(listed, "/p", nullptr), 0);
-  EXPECT_EQ(client_->Reserved(listedLonger, "\\p", nullptr), 0);
-  EXPECT_EQ(client_->Reserved(addLonger, "/q", nullptr), 0);
-  EXPECT_EQ(client_->Reserved(listed, "/q", nullptr), 0);
-  EXPECT_EQ(client_->Reserved(other, "/p", nullptr), -1);
-  EXPECT_EQ(client_->Reserved(shortText, "/p", nullptr), -1);
-  EXPECT_EQ(client_->Reserved(listed, nullptr, nullptr), -1);
-  EXPECT_EQ(client_->Reserved(nullptr, "/p", nullptr), -1);
-  EXPECT_EQ(client_->Reserved(listed, "/p", &dummy), -1);
-  EXPECT_EQ(client_->Reserved(add, "/r", &dummy), -1);
-  EXPECT_EQ(client_->IsFileInWhiteList("/r"), 0);
+  struct Row {
+    char* subCommand;
+    const char* argument;
+    const void* mustBeNull;
+    int result;
+  } rows[] = {{listed, "C:\\Users\\a.txt", nullptr, -1},
+              {add, "C:\\Users\\a.txt", nullptr, 0},
+              {add, "C:\\Users\\a.txt", nullptr, 0},
+              {listed, "C:/Users/a.txt", nullptr, 0},
+              {listedLonger, "C:\\Users\\a.txt", nullptr, 0},
+              {listed, "c:/users/a.txt", nullptr, -1},
+              {addLonger, "/q", nullptr, 0},
+              {listed, "\\q", nullptr, 0},
+              {other, "/q", nullptr, -1},
+              {shortText, "/q", nullptr, -1},
+              {listed, nullptr, nullptr, -1},
+              {nullptr, "/q", nullptr, -1},
+              {add, "/r", &dummy, -1},
+              {listed, "/r", nullptr, -1}};
+  for (const Row& row : rows) {
+    EXPECT_EQ(client_->Reserved(row.subCommand, row.argument, row.mustBeNull), row.result)
+        << (row.subCommand ? row.subCommand : "null") << " " << (row.argument ? row.argument : "");
+  }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // Randomised commands through "ChangePort", whose answer echoes the parameters in front of its
 // result: the echo is checked against an encoding written here, independently of the module's
-// writer, for the values it generates.
+// writer, for the values generated here.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -21,52 +21,37 @@ struct Generated {
 class ValueGenerator {
  public:
   explicit ValueGenerator(unsigned seed) : random_(seed) {}
+  int Pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 
-  Generated Next(bool allowArray = true) {
-    switch (Pick(allowArray ? 6 : 5)) {
+  Generated Next() {
+    switch (Pick(6)) {
       case 0:
         return String();
-      case 1: {
-        long long value = static_cast<long long>(random_()) - (1ll << 31);
-        if (Pick(4) == 0) value *= 1000003;
-        return {std::to_string(value), std::to_string(value)};
-      }
+      case 1:
+        return Number(static_cast<long long>(random_()) * (Pick(2) ? -1 : 1000003));
       case 2:
         return Pick(2) ? Generated{"true", "true"} : Generated{"false", "false"};
       case 3:
         return {"null", "null"};
-      case 4: {
-        unsigned long long value = 2147483648ull + random_() * 4096ull;
-        return {std::to_string(value), std::to_string(value)};
-      }
+      case 4:
+        return Number(static_cast<long long>(2147483648ull + random_() * 4096ull));
       default: {
         int count = Pick(4);
-        Generated array{"[", "", count > 0};
-        std::vector<std::string> parts;
+        Generated array{"[", count ? "[ " : "[]", count > 0};
         for (int i = 0; i < count; ++i) {
-          int value = Pick(1000);
-          array.json += (i ? "," : "") + std::to_string(value);
-          parts.push_back(std::to_string(value));
+          std::string value = std::to_string(Pick(1000));
+          array.json += (i ? "," : "") + value;
+          array.written += (i ? ", " : "") + value;
         }
         array.json += "]";
-        array.written = count == 0 ? "[]" : "[ " + Join(parts, ", ") + " ]";
+        if (count) array.written += " ]";
         return array;
       }
     }
   }
 
-  int Pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
-
- private:
-  static std::string Join(const std::vector<std::string>& parts, const std::string& glue) {
-    std::string text;
-    for (size_t i = 0; i < parts.size(); ++i) text += (i ? glue : "") + parts[i];
-    return text;
-  }
-
   Generated String() {
     static const char* const pieces[][2] = {{"a", "a"},
-                                            {"Z", "Z"},
                                             {" ", " "},
                                             {"\\\"", "\\\""},
                                             {"\\\\", "\\\\"},
@@ -77,11 +62,9 @@ class ValueGenerator {
                                             {"\\u001f", "\\u001F"},
                                             {"\\u00e9", "\xc3\xa9"},
                                             {"\xe4\xb8\xad", "\xe4\xb8\xad"},
-                                            {"\\ud83d\\ude00", "\xf0\x9f\x98\x80"},
-                                            {"7", "7"}};
+                                            {"\\ud83d\\ude00", "\xf0\x9f\x98\x80"}};
     Generated value{"\"", "\""};
-    int length = Pick(12);
-    for (int i = 0; i < length; ++i) {
+    for (int i = Pick(12); i > 0; --i) {
       const auto& piece = pieces[Pick(sizeof(pieces) / sizeof(pieces[0]))];
       value.json += piece[0];
       value.written += piece[1];
@@ -91,58 +74,51 @@ class ValueGenerator {
     return value;
   }
 
+ private:
+  static Generated Number(long long value) {
+    return {std::to_string(value), std::to_string(value)};
+  }
   std::mt19937 random_;
 };
 
-// The answer's "result": the echoed parameters and ChangePort's true, on one line when it fits
-// the styled writer's margin, else one element per line.
-std::string ExpectedResult(const std::vector<Generated>& parameters) {
-  std::vector<std::string> elements;
+// The echoed parameters and ChangePort's true: one line when it fits the 74-column margin and
+// holds no non-empty container, else one element per line.
+std::string ExpectedResult(std::vector<Generated> elements) {
+  elements.push_back({"true", "true"});
+  size_t length = 4 + 2 * (elements.size() - 1);
   bool nested = false;
-  size_t length = 0;
-  for (const Generated& parameter : parameters) {
-    elements.push_back(parameter.written);
-    nested = nested || parameter.container;
+  for (const Generated& element : elements) {
+    length += element.written.size();
+    nested = nested || element.container;
   }
-  elements.push_back("true");
-  for (const std::string& element : elements) length += element.size();
-  bool oneLine = elements.size() * 3 < 74 && !nested && 4 + 2 * (elements.size() - 1) + length < 74;
-  std::string text;
-  if (oneLine) {
-    text = "[ ";
-    for (size_t i = 0; i < elements.size(); ++i) text += (i ? ", " : "") + elements[i];
-    return text + " ]";
-  }
-  text = "[\n";
+  const bool oneLine = elements.size() * 3 < 74 && !nested && length < 74;
+  std::string text = oneLine ? "[ " : "[\n";
   for (size_t i = 0; i < elements.size(); ++i) {
-    text += "      " + elements[i] + (i + 1 < elements.size() ? ",\n" : "\n");
+    text += oneLine ? (i ? ", " : "") + elements[i].written
+                    : "      " + elements[i].written + (i + 1 < elements.size() ? ",\n" : "\n");
   }
-  return text + "   ]";
+  return text + (oneLine ? " ]" : "   ]");
 }
 
 TEST(EchoProperty, ChangePortEchoesGeneratedParametersExactly) {
   ASSERT_EQ(LoadLibrary().DoAction(0, nullptr, nullptr, 0), 1);
   ValueGenerator generator(1121);
   for (int round = 0; round < 400; ++round) {
-    int count = generator.Pick(4) == 0 ? generator.Pick(31) : generator.Pick(6);
-    std::vector<Generated> parameters;
+    std::vector<Generated> parameters(generator.Pick(4) ? generator.Pick(6) : generator.Pick(31));
     std::string list;
-    for (int i = 0; i < count; ++i) {
-      parameters.push_back(generator.Next());
-      list += (i ? "," : "") + parameters.back().json;
+    for (Generated& parameter : parameters) {
+      parameter = generator.Next();
+      list += (list.empty() ? "" : ",") + parameter.json;
     }
-    Generated id = generator.Next(false);
-    std::string cmdId = std::to_string(round);
-    std::string command = "{\"cmdId\":\"" + cmdId +
+    Generated id = generator.String();
+    std::string command = "{\"cmdId\":\"" + std::to_string(round) +
                           "\",\"method\":\"ChangePort\",\"id\":" + id.json + ",\"parameter\":[" +
                           list + "]}";
-    std::string idText = id.json[0] == '"' ? id.written : std::string("\"\"");
-    if (id.json == "true" || id.json == "false") idText = "\"" + id.json + "\"";
-    std::string expected =
-        "{\n   \"id\" : " + idText +
-        ",\n   \"method\" : \"ChangePort\",\n   \"result\" : " + ExpectedResult(parameters) +
-        ",\n\t\"cmdId\" : \"" + cmdId + "\"\n}\n";
-    ASSERT_EQ(Send(command).Text(), expected) << command;
+    ASSERT_EQ(Send(command).Text(), "{\n   \"id\" : " + id.written +
+                                        ",\n   \"method\" : \"ChangePort\",\n   \"result\" : " +
+                                        ExpectedResult(parameters) + ",\n\t\"cmdId\" : \"" +
+                                        std::to_string(round) + "\"\n}\n")
+        << command;
   }
 }
 

@@ -7,20 +7,12 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <mutex>
+
+#include "test_support/temp_dir.h"
 
 namespace vsm::e2e {
 
 namespace {
-
-template <typename Function>
-void Bind(void* library, const char* name, Function* out) {
-  *out = reinterpret_cast<Function>(dlsym(library, name));
-  if (*out == nullptr) ADD_FAILURE() << "libvsm.so exports no " << name;
-}
 
 Library Load() {
   Library library;
@@ -29,25 +21,15 @@ Library Load() {
     ADD_FAILURE() << "cannot load " << VSM_LIBRARY_PATH << ": " << dlerror();
     return library;
   }
-  Bind(handle, "DoAction", &library.DoAction);
-  Bind(handle, "CloseWebSocket", &library.CloseWebSocket);
-  Bind(handle, "GetWaitTimeout", &library.GetWaitTimeout);
-  Bind(handle, "GetAlias", &library.GetAlias);
-  Bind(handle, "GetVersionDesc", &library.GetVersionDesc);
-  Bind(handle, "GetPorts", &library.GetPorts);
-  Bind(handle, "DistributeCommand", &library.DistributeCommand);
-  Bind(handle, "GetImage", &library.GetImage);
-  Bind(handle, "SetImage", &library.SetImage);
-  Bind(handle, "Reserved", &library.Reserved);
-  return library;
-}
-
-void CopyFile(const std::string& from, const std::string& to) {
-  std::ifstream in(from, std::ios::binary);
-  std::ofstream out(to, std::ios::binary | std::ios::trunc);
-  out << in.rdbuf();
-  out.close();
-  chmod(to.c_str(), 0755);
+#define VSM_BIND(name)                                                           \
+  library.name = reinterpret_cast<decltype(library.name)>(dlsym(handle, #name)); \
+  if (library.name == nullptr) ADD_FAILURE() << "libvsm.so exports no " #name;
+  VSM_BIND(DoAction)
+  VSM_BIND(CloseWebSocket) VSM_BIND(GetWaitTimeout) VSM_BIND(GetAlias) VSM_BIND(GetVersionDesc)
+      VSM_BIND(GetPorts) VSM_BIND(DistributeCommand) VSM_BIND(GetImage) VSM_BIND(SetImage)
+          VSM_BIND(Reserved)
+#undef VSM_BIND
+              return library;
 }
 
 }  // namespace
@@ -57,31 +39,17 @@ const Library& LoadLibrary() {
   return library;
 }
 
-char RecordAnswer(unsigned int key, unsigned long long context, const char* text,
-                  const void* binary, unsigned int binaryLength, long long extra) {
-  auto* capture = reinterpret_cast<Capture*>(static_cast<uintptr_t>(context));
-  Answer answer;
-  answer.text = text ? text : "";
-  answer.hasBinary = binary != nullptr;
-  if (binary != nullptr) answer.binary.assign(static_cast<const char*>(binary), binaryLength);
-  answer.key = key;
-  answer.extra = extra;
-  if (capture != nullptr) capture->answers.push_back(answer);
-  return 1;
-}
-
 std::string CommandResult::Text() const {
   if (answers.size() > 1) ADD_FAILURE() << "more than one answer: " << answers.size();
   return answers.empty() ? std::string() : answers.front().text;
 }
 
 CommandResult Send(const CommandCall& call) {
-  Capture capture;
+  testing::AnswerCapture capture;
   CommandResult result;
   result.result = LoadLibrary().DistributeCommand(
-      call.key, reinterpret_cast<uintptr_t>(&capture), call.mustBeZero, call.url.c_str(),
-      call.text.c_str(), call.body, call.bodyLength, call.clientSupported, call.callback, 7,
-      call.origin.c_str(), 11, 12, 13);
+      call.key, capture.Context(), call.mustBeZero, call.url.c_str(), call.text.c_str(), call.body,
+      call.bodyLength, 1, call.callback, 7, call.origin.c_str(), 11, 12, 13);
   result.answers = capture.answers;
   return result;
 }
@@ -92,23 +60,16 @@ CommandResult Send(const std::string& text) {
   return Send(call);
 }
 
-std::string RunHost(const std::string& folder, const std::vector<std::string>& arguments,
-                    const std::string& input, int* status) {
-  return RunHostAs(-1, folder, arguments, input, status);
-}
-
 std::string RunHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
                       const std::string& input, int* status) {
   const std::string program = folder + "/vsmctl";
-  if (access(program.c_str(), X_OK) != 0) CopyFile(VSMCTL_PATH, program);
+  if (access(program.c_str(), X_OK) != 0) {
+    testing::WriteFileBytes(program, testing::ReadFileBytes(VSMCTL_PATH));
+    chmod(program.c_str(), 0755);
+  }
   // Input and output live outside the folder, which a test may have made read-only.
-  char inputPattern[] = "/tmp/vsmctl-input-XXXXXX";
-  char outputPattern[] = "/tmp/vsmctl-output-XXXXXX";
-  close(mkstemp(inputPattern));
-  close(mkstemp(outputPattern));
-  const std::string inputPath = inputPattern;
-  const std::string outputPath = outputPattern;
-  std::ofstream(inputPath, std::ios::binary) << input;
+  testing::TempDir io;
+  testing::WriteFileBytes(io.Join("in"), input);
   pid_t child = fork();
   if (child == 0) {
     std::vector<std::string> all = {program, "--lib", VSM_LIBRARY_PATH};
@@ -116,12 +77,10 @@ std::string RunHostAs(int uid, const std::string& folder, const std::vector<std:
     std::vector<char*> argv;
     for (std::string& argument : all) argv.push_back(argument.data());
     argv.push_back(nullptr);
-    if (freopen(inputPath.c_str(), "rb", stdin) == nullptr ||
-        freopen(outputPath.c_str(), "wb", stdout) == nullptr) {
-      _exit(126);
-    }
-    if (uid >= 0 &&
-        (setgid(static_cast<gid_t>(uid)) != 0 || setuid(static_cast<uid_t>(uid)) != 0)) {
+    if (!freopen(io.Join("in").c_str(), "rb", stdin) ||
+        !freopen(io.Join("out").c_str(), "wb", stdout) ||
+        (uid >= 0 &&
+         (setgid(static_cast<gid_t>(uid)) != 0 || setuid(static_cast<uid_t>(uid)) != 0))) {
       _exit(125);
     }
     execv(program.c_str(), argv.data());
@@ -130,11 +89,7 @@ std::string RunHostAs(int uid, const std::string& folder, const std::vector<std:
   int childStatus = -1;
   waitpid(child, &childStatus, 0);
   if (status != nullptr) *status = WIFEXITED(childStatus) ? WEXITSTATUS(childStatus) : -1;
-  std::ifstream output(outputPath, std::ios::binary);
-  std::string text((std::istreambuf_iterator<char>(output)), std::istreambuf_iterator<char>());
-  unlink(inputPath.c_str());
-  unlink(outputPath.c_str());
-  return text;
+  return testing::ReadFileBytes(io.Join("out"));
 }
 
 }  // namespace vsm::e2e
