@@ -4,11 +4,13 @@
 #include <benchmark/benchmark.h>
 #include <json/json.h>
 
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "config/path_table.h"
 #include "vsm.h"
 
 namespace {
@@ -29,8 +31,7 @@ void Start() {
   (void)started;
 }
 
-void BM_DistributeCommand_ChangePort(benchmark::State& state) {
-  Start();
+void RunChangePort(benchmark::State& state) {
   const std::string command = ChangePortCommand(static_cast<int>(state.range(0)));
   for (auto _ : state) {
     int result = DistributeCommand(1, 0, 0, "/vsm/", command.c_str(), nullptr, 0, 1, &IgnoreAnswer,
@@ -38,7 +39,28 @@ void BM_DistributeCommand_ChangePort(benchmark::State& state) {
     benchmark::DoNotOptimize(result);
   }
 }
+
+// No configuration file beside the program: every log call's mask test fails to open it.
+void BM_DistributeCommand_ChangePort(benchmark::State& state) {
+  Start();
+  std::remove(vsm::GetConfigFile().c_str());
+  RunChangePort(state);
+}
 BENCHMARK(BM_DistributeCommand_ChangePort)->Arg(0)->Arg(30);
+
+// An installed service's configuration file of 20 keys with the default LogLevel: logging is
+// off, but each of the command's log calls reads the file to learn that.
+void BM_DistributeCommand_ChangePort_DefaultConfiguration(benchmark::State& state) {
+  Start();
+  std::string file = "[VS]\nLogLevel=1\nServer=127.0.0.1\n";
+  for (int i = 0; i < 18; ++i) file += "Key" + std::to_string(i) + "=TRUE\n";
+  std::FILE* out = std::fopen(vsm::GetConfigFile().c_str(), "wb");
+  std::fputs(file.c_str(), out);
+  std::fclose(out);
+  RunChangePort(state);
+  std::remove(vsm::GetConfigFile().c_str());
+}
+BENCHMARK(BM_DistributeCommand_ChangePort_DefaultConfiguration)->Arg(0)->Arg(30);
 
 void BM_Baseline_ClassicParseAndStyledWrite(benchmark::State& state) {
   const std::string command = ChangePortCommand(static_cast<int>(state.range(0)));
