@@ -3,87 +3,56 @@
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
+#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "protocol/styled_writer.h"
 
 namespace vsm {
 namespace {
 
-// Values nested `levels` deep: `levels` arrays around one number.
-std::string NestedArrays(int levels) {
-  return std::string(levels, '[') + "1" + std::string(levels, ']');
-}
-
-std::string NestedObjects(int levels) {
-  std::string text;
-  for (int i = 0; i < levels; ++i) text += "{\"a\":";
-  text += "1";
-  return text + std::string(levels, '}');
-}
-
 TEST(JsonReader, ParsesUpToTheNestingLimitAndNoFurther) {
-  Json::Value root;
   // The chain counts the number too: kMaxJsonNesting - 1 containers reach the limit.
-  EXPECT_TRUE(ParseJsonText(NestedArrays(kMaxJsonNesting - 1), &root, false));
-  EXPECT_TRUE(ParseJsonText(NestedObjects(kMaxJsonNesting - 1), &root, false));
-  EXPECT_FALSE(ParseJsonText(NestedArrays(kMaxJsonNesting), &root, false));
+  auto arrays = [](int n) { return std::string(n, '[') + "1" + std::string(n, ']'); };
+  auto objects = [](int n) {
+    std::string text;
+    for (int i = 0; i < n; ++i) text += "{\"a\":";
+    return text + "1" + std::string(n, '}');
+  };
+  Json::Value root;
+  EXPECT_TRUE(ParseJsonText(arrays(kMaxJsonNesting - 1), &root, false));
+  EXPECT_TRUE(ParseJsonText(objects(kMaxJsonNesting - 1), &root, false));
+  EXPECT_FALSE(ParseJsonText(arrays(kMaxJsonNesting), &root, false));
   EXPECT_TRUE(root.isNull());
-  EXPECT_FALSE(ParseJsonText(NestedObjects(kMaxJsonNesting), &root, true));
-  EXPECT_FALSE(ParseJsonText(NestedArrays(100000), &root, false));
+  EXPECT_FALSE(ParseJsonText(objects(kMaxJsonNesting), &root, true));
+  EXPECT_FALSE(ParseJsonText(arrays(100000), &root, false));
 }
 
-TEST(JsonReader, ParsesCommandsNestedFarBeyondTheLibraryDefault) {
-  Json::Value root;
-  ASSERT_TRUE(
-      ParseJsonText("{\"method\":\"x\",\"parameter\":[" + NestedArrays(1500) + "]}", &root, false));
-  const Json::Value* inner = &root["parameter"];
-  int depth = 0;
-  while (inner->isArray()) {
-    inner = &(*inner)[0];
-    ++depth;
+TEST(JsonReader, StoresTheProtocolsNumberTypes) {
+  const Json::ValueType kInt = Json::intValue, kUInt = Json::uintValue, kReal = Json::realValue;
+  // clang-format off
+  const std::pair<const char*, Json::ValueType> rows[] = {
+      {"2147483647", kInt}, {"2147483648", kUInt}, {"18446744073709551615", kUInt},
+      {"18446744073709551616", kReal}, {"-9223372036854775808", kInt},
+      {"-9223372036854775809", kReal}, {"2.0", kReal}, {"1e2", kReal}};
+  // clang-format on
+  for (const auto& [text, type] : rows) {
+    Json::Value root;
+    ASSERT_TRUE(ParseJsonText(text, &root, false)) << text;
+    EXPECT_EQ(root.type(), type) << text;
   }
-  EXPECT_EQ(depth, 1501);
-  EXPECT_EQ(inner->asInt(), 1);
 }
 
-struct NumberRow {
-  std::string text;
-  Json::ValueType type;
-};
-
-class NumberTypes : public ::testing::TestWithParam<NumberRow> {};
-
-TEST_P(NumberTypes, StoresTheProtocolsType) {
-  Json::Value root;
-  ASSERT_TRUE(ParseJsonText(GetParam().text, &root, false));
-  EXPECT_EQ(root.type(), GetParam().type) << GetParam().text;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Numbers, NumberTypes,
-    ::testing::Values(NumberRow{"0", Json::intValue}, NumberRow{"2147483647", Json::intValue},
-                      NumberRow{"2147483648", Json::uintValue},
-                      NumberRow{"9223372036854775807", Json::uintValue},
-                      NumberRow{"18446744073709551615", Json::uintValue},
-                      NumberRow{"18446744073709551616", Json::realValue},
-                      NumberRow{"123456789012345678901234567890", Json::realValue},
-                      NumberRow{"-1", Json::intValue},
-                      NumberRow{"-9223372036854775808", Json::intValue},
-                      NumberRow{"-9223372036854775809", Json::realValue},
-                      NumberRow{"2.0", Json::realValue}, NumberRow{"1e2", Json::realValue}));
-
-TEST(JsonReader, RejectsWhatTheProtocolNeverAccepted) {
+TEST(JsonReader, KeepsTheGrammarItAlwaysHad) {
   for (const char* text : {"", " ", "[1,]", "{\"a\":1,}", "\xEF\xBB\xBF[1]", "+1", "[1e400]",
                            "{'a':1}", "NaN", "[Infinity]", "{1:2}", "\"open", "[1 2]"}) {
     Json::Value root(5);
     EXPECT_FALSE(ParseJsonText(text, &root, false)) << text;
     EXPECT_TRUE(root.isNull()) << text;
   }
-}
-
-TEST(JsonReader, AcceptsWhatItAlwaysAccepted) {
   // Any root, text after the first value, comments, and an empty name before a closing comma.
   for (const char* text :
        {"5", "\"s\"", "[1] tail", "{} {}", "/* c */ [1] // d", "{\"\":1,}", "01", "-"}) {
@@ -92,133 +61,58 @@ TEST(JsonReader, AcceptsWhatItAlwaysAccepted) {
   }
 }
 
-TEST(JsonReader, HandlesHugeAndOddTexts) {
-  Json::Value root;
-  std::string big = "[\"" + std::string(10 * 1024 * 1024, 'x') + "\"]";
-  ASSERT_TRUE(ParseJsonText(big, &root, false));
-  EXPECT_EQ(root[0].asString().size(), 10u * 1024 * 1024);
-  ASSERT_TRUE(ParseJsonText("[\"\xC3\x28\xFF\"]", &root, false));  // invalid UTF-8 stays bytes
-  EXPECT_EQ(root[0].asString(), "\xC3\x28\xFF");
-  ASSERT_TRUE(ParseJsonText("[\"a\\u0000b\"]", &root, false));
-  EXPECT_EQ(root[0].asString(), std::string("a\0b", 3));
-  ASSERT_TRUE(ParseJsonText("[\"\\ud83d\\ude00\"]", &root, false));
-  EXPECT_EQ(root[0].asString(), "\xF0\x9F\x98\x80");
+// A random JSON text of tokens, blanks and comments, nested up to six levels; mostly well-formed.
+std::string RandomValue(std::mt19937& random, int depth) {
+  static const std::vector<std::string> kPieces = [] {
+    std::istringstream text(
+        "0 -0 12 -7 2147483647 2147483648 4294967296 -2147483649 9223372036854775808 "
+        "18446744073709551616 -9223372036854775809 1.5 2.0 -3e2 1E-2 0.10 1e 01 true false null "
+        "tru nul \"\" \"a\" \"\\n\\t\" \"\\u00e9\" \"\\ud800\" \"\\ud83d\\ude00\" \"\\x\""
+        " \"\xc3\xa9\" \"\xc3\x28\xff\"");
+    return std::vector<std::string>(std::istream_iterator<std::string>(text), {});
+  }();
+  static const char* const kBlanks[] = {" ", "\n", "// line\n", "/* block */", "", "", "", ""};
+  auto pick = [&random](size_t n) { return random() % n; };
+  auto blank = [&] { return std::string(kBlanks[pick(8)]); };
+  const size_t choice = depth > 5 ? 2 : pick(5);
+  if (choice > 1) return blank() + kPieces[pick(kPieces.size())] + blank();
+  std::string text = blank() + (choice == 0 ? "[" : "{");
+  for (size_t i = 0, n = pick(4); i < n; ++i) {
+    if (i > 0) text += ",";
+    if (choice == 1) text += blank() + "\"" + "abAB_"[pick(5)] + "\"" + blank() + ":";
+    text += RandomValue(random, depth + 1);
+  }
+  return text + blank() + (choice == 0 ? "]" : "}") + blank();
 }
 
-// Texts of JSON tokens with random damage: mostly well-formed, often not.
-class TextGenerator {
- public:
-  explicit TextGenerator(unsigned seed) : random_(seed) {}
-
-  std::string Next() {
-    std::string text = Value(0);
-    int damage = Pick(4) == 0 ? Pick(4) : 0;
-    for (int i = 0; i < damage && !text.empty(); ++i) {
-      size_t at = Pick(static_cast<int>(text.size()));
-      switch (Pick(3)) {
-        case 0:
-          text.erase(at, 1);
-          break;
-        case 1:
-          text.insert(at, 1, Pieces()[Pick(Pieces().size())][0]);
-          break;
-        default:
-          text[at] = "{}[],:\"\\/*x0-e."[Pick(15)];
-          break;
-      }
-    }
-    return text;
-  }
-
- private:
-  static const std::vector<std::string>& Pieces() {
-    static const std::vector<std::string> pieces = {
-        "0",          "-0",           "12",
-        "-7",         "2147483647",   "2147483648",
-        "4294967296", "-2147483649",  "9223372036854775808",
-        "1.5",        "2.0",          "-3e2",
-        "1E-2",       "0.10",         "1e",
-        "01",         "true",         "false",
-        "null",       "\"\"",         "\"a\"",
-        "\"\\n\\t\"", "\"\\u00e9\"",  "\"\\ud800\"",
-        "\"\\x\"",    "\"\xc3\xa9\"", "tru",
-        "nul"};
-    return pieces;
-  }
-
-  int Pick(size_t n) { return static_cast<int>(random_() % n); }
-
-  std::string Blank() {
-    switch (Pick(8)) {
-      case 0:
-        return " ";
-      case 1:
-        return "\n";
-      case 2:
-        return "// line\n";
-      case 3:
-        return "/* block */";
-      default:
-        return "";
-    }
-  }
-
-  std::string Value(int depth) {
-    int choice = depth > 5 ? 2 : Pick(5);
-    std::string text = Blank();
-    if (choice == 0) {
-      text += "[";
-      int n = Pick(4);
-      for (int i = 0; i < n; ++i) text += (i ? "," : "") + Value(depth + 1);
-      text += Blank() + "]";
-    } else if (choice == 1) {
-      text += "{";
-      int n = Pick(4);
-      for (int i = 0; i < n; ++i) {
-        text += (i ? "," : "") + Blank() + "\"" + std::string(1, "abAB_"[Pick(5)]) + "\"" +
-                Blank() + ":" + Value(depth + 1);
-      }
-      text += Blank() + "}";
-    } else {
-      text += Pieces()[Pick(Pieces().size())];
-    }
-    return text + Blank();
-  }
-
-  std::mt19937 random_;
-};
-
-bool SameTypes(const Json::Value& a, const Json::Value& b) {
-  if (a.type() != b.type() || a.size() != b.size()) return false;
-  if (a.isArray()) {
-    for (Json::ArrayIndex i = 0; i < a.size(); ++i) {
-      if (!SameTypes(a[i], b[i])) return false;
-    }
-  }
-  if (a.isObject()) {
-    for (const std::string& name : a.getMemberNames()) {
-      if (!b.isMember(name) || !SameTypes(a[name], b[name])) return false;
-    }
-  }
-  return true;
+// The stored types of a value and of all it holds, in document order.
+std::string Types(const Json::Value& value) {
+  std::string types(1, static_cast<char>('0' + value.type()));
+  for (const Json::Value& member : value) types += Types(member);
+  return types;
 }
 
 // The library's classic reader is the reference for everything but the nesting limit.
 TEST(JsonReader, AgreesWithTheClassicReaderOnGeneratedTexts) {
-  TextGenerator generator(20261121);
+  std::mt19937 random(20261121);
   int parsed = 0;
   for (int i = 0; i < 20000; ++i) {
-    std::string text = generator.Next();
-    bool comments = (i % 2) == 0;
+    // A quarter of the texts get damaged at up to three bytes.
+    std::string text = RandomValue(random, 0);
+    for (size_t n = random() % 4 == 0 ? random() % 4 : 0; n > 0 && !text.empty(); --n) {
+      const size_t at = random() % text.size(), kind = random() % 3;
+      if (kind == 0) text.erase(at, 1);
+      if (kind == 1) text.insert(at, 1, "0-129tfn\""[random() % 9]);
+      if (kind == 2) text[at] = "{}[],:\"\\/*x0-e."[random() % 15];
+    }
+    const bool comments = (i % 2) == 0;
     Json::Value expected;
-    Json::Reader classic;
-    bool expectedOk = classic.parse(text, expected, comments);
     Json::Value actual;
-    bool actualOk = ParseJsonText(text, &actual, comments);
-    ASSERT_EQ(actualOk, expectedOk) << text;
+    const bool expectedOk = Json::Reader().parse(text, expected, comments);
+    ASSERT_EQ(ParseJsonText(text, &actual, comments), expectedOk) << text;
     if (!expectedOk) continue;
     ++parsed;
-    ASSERT_TRUE(SameTypes(actual, expected)) << text;
+    ASSERT_EQ(Types(actual), Types(expected)) << text;
     ASSERT_EQ(StyledWrite(actual), StyledWrite(expected)) << text;
   }
   EXPECT_GT(parsed, 5000);
