@@ -7,9 +7,9 @@ namespace vsm {
 namespace {
 
 void AppendResults(const ResultList& results, Json::Value* root) {
-  for (const Json::Value* value : results) {
-    (*root)["result"].append(value ? *value : Json::Value());
-  }
+  if (results.empty()) return;  // no "result" member at all
+  Json::Value& result = (*root)["result"];
+  for (const Json::Value* value : results) result.append(value ? *value : Json::Value());
 }
 
 }  // namespace

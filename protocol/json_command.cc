@@ -10,6 +10,7 @@ JsonCommand::JsonCommand(const std::string& text) { Reparse(text); }
 void JsonCommand::Reparse(const std::string& text) {
   text_ = text;
   valid_ = ParseJsonText(text_, &root_, false);
+  parameter_ = Member("parameter");
 }
 
 const Json::Value* JsonCommand::Member(const std::string& key) const {
@@ -64,17 +65,15 @@ std::string JsonCommand::GetPropertyAccess() const {
 }
 
 int JsonCommand::GetParameterCount() const {
-  const Json::Value* parameter = Member("parameter");
-  return parameter ? static_cast<int>(parameter->size()) : 0;
+  return parameter_ ? static_cast<int>(parameter_->size()) : 0;
 }
 
 ParameterType JsonCommand::GetParameterType(int index) const {
-  const Json::Value* parameter = Member("parameter");
-  if (parameter == nullptr || parameter->size() == 0 || !IsArrayOrNull(*parameter) || index < 0 ||
-      static_cast<Json::ArrayIndex>(index) >= parameter->size()) {
+  if (parameter_ == nullptr || parameter_->size() == 0 || !IsArrayOrNull(*parameter_) ||
+      index < 0 || static_cast<Json::ArrayIndex>(index) >= parameter_->size()) {
     return kParameterInvalid;
   }
-  switch ((*parameter)[static_cast<Json::ArrayIndex>(index)].type()) {
+  switch ((*parameter_)[static_cast<Json::ArrayIndex>(index)].type()) {
     case Json::nullValue:
       return kParameterNull;
     case Json::booleanValue:
@@ -97,7 +96,7 @@ ParameterType JsonCommand::GetParameterType(int index) const {
 
 Json::Value* JsonCommand::GetParameter(int index) const {
   if (GetParameterType(index) == kParameterInvalid) return nullptr;
-  return new Json::Value((*Member("parameter"))[static_cast<Json::ArrayIndex>(index)]);
+  return new Json::Value((*parameter_)[static_cast<Json::ArrayIndex>(index)]);
 }
 
 }  // namespace vsm

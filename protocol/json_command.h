@@ -41,6 +41,8 @@ class JsonCommand {
  public:
   explicit JsonCommand(const std::string& text);
   virtual ~JsonCommand() = default;
+  JsonCommand(const JsonCommand&) = delete;
+  JsonCommand& operator=(const JsonCommand&) = delete;
 
   // Replaces the text and parses it again.
   void Reparse(const std::string& text);
@@ -78,6 +80,7 @@ class JsonCommand {
   std::string text_;
   Json::Value root_;
   bool valid_ = false;
+  const Json::Value* parameter_ = nullptr;  // the "parameter" member, looked up once
 };
 
 }  // namespace vsm
