@@ -13,8 +13,8 @@
 #include "config/log_writer.h"
 #include "config/path_table.h"
 #include "config/port_registry.h"
-#include "test_support/temp_dir.h"
 #include "test_support/log_line.h"
+#include "test_support/temp_dir.h"
 
 namespace vsm {
 namespace {
