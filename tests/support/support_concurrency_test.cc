@@ -1,3 +1,4 @@
+// The support kit's shared state under many threads at once; meaningful under ThreadSanitizer.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -6,6 +7,7 @@
 
 #include "support/clock.h"
 #include "support/rw_lock.h"
+#include "support/tracked_heap.h"
 
 namespace vsm {
 namespace {
@@ -66,6 +68,21 @@ TEST(RWLockConcurrencyTest, ReadersNeverSeeAWriterAtWork) {
   EXPECT_EQ(first, writes.load());
   EXPECT_EQ(lock.writers() + lock.readers(), 0u);
   EXPECT_FALSE(lock.HasReaderEvent() || lock.HasWriterEvent());
+}
+
+TEST(TrackedHeapConcurrencyTest, ThreadsAllocateMeasureAndFreeSideBySide) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([t] {
+      for (size_t i = 0, size = 1 + t; i < 300; ++i, size = 1 + (size * 7) % 200) {
+        void* block = TrackedAlloc(0, size);
+        EXPECT_EQ(TrackedSize(block), size);
+        EXPECT_EQ(TrackedSize(&size), 0u);  // entered under the read side of the lock
+        TrackedFree(TrackedRealloc(block, size * 2, 0));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
