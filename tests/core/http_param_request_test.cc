@@ -57,35 +57,20 @@ TEST_F(RequestTest, ResultOperationsEncodeTheWholeAnswerAndTheLastOneDecides) {
            "   \"id\" : \"1\",\n   \"method\" : \"m\",\n   \"result\" : " + result + "\n}\n";
   };
   using R = HttpParamRequest*;
+  const std::string failed = "   \"description\" : \"bad\",\n   \"exception\" : -3,\n";
+  // clang-format off
   EXPECT_EQ(text([](R r) { r->SetResult(true, nullptr, 0, 0, ""); }), envelope("[ \"p\", true ]"));
-  EXPECT_EQ(text([](R r) { r->SetResult("v", nullptr, 0, 0, "note"); }),
-            envelope("[ \"p\", \"v\", \"note\", \"Veldorane Service Manager Module\" ]"));
-  EXPECT_EQ(
-      text([](R r) { r->SetResult(false, nullptr, 0, -3, "bad"); }),
-      envelope("[ \"p\", false ]", "   \"description\" : \"bad\",\n   \"exception\" : -3,\n"));
-  EXPECT_EQ(text([](R r) { r->SetResult(int32_t{-5}, nullptr, 0, 0, ""); }),
-            envelope("[ \"p\", -5 ]"));
-  EXPECT_EQ(
-      text([](R r) { r->AddResult("b", false, 5, "five"); }),
-      envelope("[ \"p\", \"b\" ]", "   \"description\" : \"five\",\n   \"exception\" : 5,\n"));
-  EXPECT_EQ(
-      text([](R r) {
-        r->SetResult("a", nullptr, 0, 0, "");
-        r->AddResult("b", true, 0, "");
-      }),
-      "{\n   \"event\" : \"m\",\n   \"id\" : \"1\",\n   \"result\" : [ \"p\", \"a\", \"b\" ]\n}\n");
-  EXPECT_EQ(text([](R r) {
-              r->SetResult(true, nullptr, 0, 0, "");
-              r->AddJsonResult("{oops", true, 0, "");  // does not parse: changes nothing
-            }),
-            envelope("[ \"p\", true ]"));
-  EXPECT_EQ(text([](R r) { r->AddJsonResult("{\"a\":{}}", false, 0, ""); }),
-            envelope("[\n      \"p\",\n      {\n         \"a\" : {}\n      }\n   ]"));
-  EXPECT_EQ(text([](R r) {
-              r->ClearParameters();
-              r->SetResult(true, nullptr, 0, 0, "");
-            }),
-            envelope("[ true ]"));
+  EXPECT_EQ(text([](R r) { r->SetResult("v", nullptr, 0, 0, "note"); }), envelope("[ \"p\", \"v\", \"note\", \"Veldorane Service Manager Module\" ]"));
+  EXPECT_EQ(text([](R r) { r->SetResult(false, nullptr, 0, -3, "bad"); }), envelope("[ \"p\", false ]", failed));
+  EXPECT_EQ(text([](R r) { r->SetResult(int32_t{-5}, nullptr, 0, 0, ""); }), envelope("[ \"p\", -5 ]"));
+  EXPECT_EQ(text([](R r) { r->AddResult("b", false, -3, "bad"); }), envelope("[ \"p\", \"b\" ]", failed));
+  EXPECT_EQ(text([](R r) { r->SetResult("a", nullptr, 0, 0, ""); r->AddResult("b", true, 0, ""); }),
+            "{\n   \"event\" : \"m\",\n   \"id\" : \"1\",\n   \"result\" : [ \"p\", \"a\", \"b\" ]\n}\n");
+  // Text that does not parse changes nothing.
+  EXPECT_EQ(text([](R r) { r->SetResult(true, nullptr, 0, 0, ""); r->AddJsonResult("{oops", true, 0, ""); }), envelope("[ \"p\", true ]"));
+  EXPECT_EQ(text([](R r) { r->AddJsonResult("{\"a\":{}}", false, 0, ""); }), envelope("[\n      \"p\",\n      {\n         \"a\" : {}\n      }\n   ]"));
+  EXPECT_EQ(text([](R r) { r->ClearParameters(); r->SetResult(true, nullptr, 0, 0, ""); }), envelope("[ true ]"));
+  // clang-format on
   EXPECT_EQ(text([](R r) { r->SetRawResult("{}"); }), "{}");
 }
 

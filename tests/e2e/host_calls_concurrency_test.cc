@@ -55,10 +55,12 @@ void HostThread(int number, std::chrono::steady_clock::time_point end, std::atom
              library.Reserved("fileInQPTWhiteList", path.c_str(), nullptr) == 0 &&
              library.GetWaitTimeout() == 1;
         break;
-      default:
-        ok =
-            Send("{\"id\":\"x\",\"method\":\"GetLocalIP\"}").Text() == "[]" &&
-            Send("{\"id\":\"x\",\"method\":\"Unknown\"}").Text().find("-2200") != std::string::npos;
+      default:  // GetPorts writes the shared user map; the refusal must stay whole
+        ok = Send("{\"id\":\"x\",\"method\":\"GetLocalIP\"}").Text() == "[]" &&
+             Send("{\"id\":\"x\",\"method\":\"GetPorts\",\"parameter\":[\"" + id + "\"]}")
+                     .Text()
+                     .find("\"description\" : \"User SID is empty.\",\n   \"exception\" : -2408") !=
+                 std::string::npos;
         break;
     }
     if (!ok) failures->fetch_add(1);
