@@ -5,11 +5,14 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -19,6 +22,7 @@
 #include "config/path_table.h"
 #include "config/port_registry.h"
 #include "config/working_paths.h"
+#include "support/rw_lock.h"
 #include "test_support/log_line.h"
 #include "test_support/temp_dir.h"
 
@@ -30,54 +34,47 @@ using testing::WriteFileBytes;
 
 // Each key reads as its default with no files, and as what was written by hand under its name in
 // its own file and section; a boolean's reader (cached ones after a re-cache) follows the key.
-TEST(ConfigStoreTest, EveryKeyHasItsDefaultFileAndSection) {
+// Then writes, booleans, long values and the number search on the configuration file.
+TEST(ConfigStoreTest, KeysWritesBooleansAndLongValues) {
   testing::TempDir dir;
   BuildPathTable(dir.Join("prog"));
-  struct Row {
-    const ConfigKey& key;
-    const char *name, *byDefault;
-    bool (*flag)() = nullptr;
-    const char *file = "VSConfiguration.ini", *section = "VS";
-  };
-  const Row rows[] = {
-      {kLogLevelKey, "LogLevel", "1"},
-      {kServerKey, "Server", ""},
-      {kScannerAccessKey, "EnableScannerAccess", "TRUE", IsScannerAccessEnabled},
-      {kFileAccessKey, "EnableFileAccess", "TRUE", IsFileAccessEnabled},
-      {kWebcamAccessKey, "EnableWebcamAccess", "TRUE", IsWebcamAccessEnabled},
-      {kScannerAccessAuthKey, "EnableScannerAccessAuth", "FALSE", IsScannerAccessAuthEnabled},
-      {kFileAccessAuthKey, "EnableFileAccessAuth", "FALSE", IsFileAccessAuthEnabled},
-      {kWebcamAccessAuthKey, "EnableWebcamAccessAuth", "FALSE", IsWebcamAccessAuthEnabled},
-      {kCorsAllKey, "EnableCORSAll", "TRUE", IsCorsAllEnabled},
-      {kEnhancedModeKey, "EnableEnhancedMode", "FALSE", IsEnhancedModeEnabled},
-      {kListenTypeKey, "ListenType", ""},
-      {kOnlySignedModulesKey, "OnlyLoadVeldoraneSignedModule", "TRUE", OnlyLoadSignedModules},
-      {kVSVersionKey, "VSVersion", "0"},
-      {kIfUpdateKey, "IfUpdate", "0"},
-      {kCertNameKey, "cert_name", "", {}, "VSConfiguration.ini", "localhost"},
-      {kKeyNameKey, "key_name", "", {}, "VSConfiguration.ini", "localhost"},
-      {kServiceVersionKey, "ServiceVersion", "16.2", {}, "service.ini"},
-      {kSingleUserKey, "SingleUser", "FALSE", IsSingleUser, "service.ini"},
-      {kServiceModeKey, "ServiceMode", "system", {}, "service.ini"},
-      {kExitFlagKey, "ExitFlag", "FALSE", {}, "user_config.ini", "alice"}};
+  const char *vs = "VSConfiguration.ini", *service = "service.ini";
+  // The key, its name and default, the boolean that reads it, its file and section.
+  // clang-format off
+  const std::tuple<const ConfigKey&, const char*, const char*, bool (*)(), const char*, const char*> rows[] = {
+      {kLogLevelKey, "LogLevel", "1", nullptr, vs, "VS"},
+      {kServerKey, "Server", "", nullptr, vs, "VS"},
+      {kScannerAccessKey, "EnableScannerAccess", "TRUE", IsScannerAccessEnabled, vs, "VS"},
+      {kFileAccessKey, "EnableFileAccess", "TRUE", IsFileAccessEnabled, vs, "VS"},
+      {kWebcamAccessKey, "EnableWebcamAccess", "TRUE", IsWebcamAccessEnabled, vs, "VS"},
+      {kScannerAccessAuthKey, "EnableScannerAccessAuth", "FALSE", IsScannerAccessAuthEnabled, vs, "VS"},
+      {kFileAccessAuthKey, "EnableFileAccessAuth", "FALSE", IsFileAccessAuthEnabled, vs, "VS"},
+      {kWebcamAccessAuthKey, "EnableWebcamAccessAuth", "FALSE", IsWebcamAccessAuthEnabled, vs, "VS"},
+      {kCorsAllKey, "EnableCORSAll", "TRUE", IsCorsAllEnabled, vs, "VS"},
+      {kEnhancedModeKey, "EnableEnhancedMode", "FALSE", IsEnhancedModeEnabled, vs, "VS"},
+      {kListenTypeKey, "ListenType", "", nullptr, vs, "VS"},
+      {kOnlySignedModulesKey, "OnlyLoadVeldoraneSignedModule", "TRUE", OnlyLoadSignedModules, vs, "VS"},
+      {kVSVersionKey, "VSVersion", "0", nullptr, vs, "VS"},
+      {kIfUpdateKey, "IfUpdate", "0", nullptr, vs, "VS"},
+      {kCertNameKey, "cert_name", "", nullptr, vs, "localhost"},
+      {kKeyNameKey, "key_name", "", nullptr, vs, "localhost"},
+      {kServiceVersionKey, "ServiceVersion", "16.2", nullptr, service, "VS"},
+      {kSingleUserKey, "SingleUser", "FALSE", IsSingleUser, service, "VS"},
+      {kServiceModeKey, "ServiceMode", "system", nullptr, service, "VS"},
+      {kExitFlagKey, "ExitFlag", "FALSE", nullptr, "user_config.ini", "alice"}};
+  // clang-format on
   CacheStartupSettings();
   EXPECT_TRUE(GetServiceName() == ServiceDisplayName && !IsUserServiceMode() && !ReadExitFlag("a"));
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(ReadConfigKey(row.key, row.section), row.byDefault);
-    EXPECT_TRUE(!row.flag || row.flag() == (strcmp(row.byDefault, "TRUE") == 0));
-    WriteFileBytes(dir.Join(row.file),
-                   "[" + std::string(row.section) + "]\n" + row.name + "=tRuE\n");
-    EXPECT_EQ(ReadConfigKey(row.key, row.section), "tRuE");
+  for (const auto& [key, name, byDefault, flag, file, section] : rows) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(ReadConfigKey(key, section), byDefault);
+    EXPECT_TRUE(!flag || flag() == (strcmp(byDefault, "TRUE") == 0));
+    WriteFileBytes(dir.Join(file), "[" + std::string(section) + "]\n" + name + "=tRuE\n");
+    EXPECT_EQ(ReadConfigKey(key, section), "tRuE");
     CacheStartupSettings();
-    EXPECT_TRUE(!row.flag || row.flag());
-    remove(dir.Join(row.file).c_str());
+    EXPECT_TRUE(!flag || flag());
+    remove(dir.Join(file).c_str());
   }
-}
-
-TEST(ConfigStoreTest, BooleansWritesAndLongValues) {
-  testing::TempDir dir;
-  BuildPathTable(dir.Join("prog"));
   const std::string config = dir.Join("VSConfiguration.ini");
   auto read = [](const char* key) { return ReadDefaultConfigValue(key, "none", nullptr); };
   WriteConfigNumber("B", -7, nullptr);  // a missing file is made by the first write
@@ -98,13 +95,17 @@ TEST(ConfigStoreTest, BooleansWritesAndLongValues) {
   EXPECT_EQ(ReadDefaultConfigValue("Long", nullptr, nullptr), text.substr(0, 2046));
   EXPECT_EQ(ReadDefaultConfigValue(nullptr, "d", nullptr) + read("Key"), "dnone");
 
-  const std::pair<const char*, bool> rows[] = {{"true", true},   {"TrUe", true},   {"1", false},
-                                               {" TRUE", false}, {"TRUE ", false}, {"", true}};
-  for (const auto& row : rows) {
-    WriteFileBytes(config, std::string("[VS]\nEnableCORSAll=") + row.first + "\n");
-    EXPECT_EQ(ReadConfigFlag("EnableCORSAll", "TRUE"), row.second) << '"' << row.first << '"';
-    EXPECT_EQ(ReadConfigFlag("EnableCORSAll", "FALSE"), row.second && *row.first);
+  const std::pair<const char*, bool> flags[] = {{"true", true},   {"TrUe", true},   {"1", false},
+                                                {" TRUE", false}, {"TRUE ", false}, {"", true}};
+  for (const auto& [value, isTrue] : flags) {
+    WriteFileBytes(config, std::string("[VS]\nEnableCORSAll=") + value + "\n");
+    EXPECT_EQ(ReadConfigFlag("EnableCORSAll", "TRUE"), isTrue) << '"' << value << '"';
+    EXPECT_EQ(ReadConfigFlag("EnableCORSAll", "FALSE"), isTrue && *value);
   }
+  // The file is read whole, past a NUL; one that can't be opened contains nothing.
+  WriteFileBytes(config, std::string("Port_mp_0=18625\n\0tail -5", 24));
+  for (int number : {18625, 862, -5}) EXPECT_TRUE(FileContainsNumber(config, number)) << number;
+  EXPECT_FALSE(FileContainsNumber(config, 18626) || FileContainsNumber(dir.Join("none"), 1));
 }
 
 // "name:port," for each entry in table order.
@@ -117,38 +118,35 @@ std::string Text(const PortTable& table) {
 // "Port_mn_<i>=<names[i]>" and "Port_mp_<i>=<100 + i>" for each name.
 std::string Entries(const std::vector<std::string>& names) {
   std::string lines;
-  for (size_t i = 0; i < names.size(); ++i) {
-    const std::string n = std::to_string(i);
-    lines +=
-        "Port_mn_" + n + "=" + names[i] + "\nPort_mp_" + n + "=" + std::to_string(100 + i) + "\n";
-  }
+  for (size_t i = 0, n = names.size(); i < n; ++i)
+    lines += "Port_mn_" + std::to_string(i) + "=" + names[i] + "\nPort_mp_" + std::to_string(i) +
+             "=" + std::to_string(100 + i) + "\n";
   return lines;
 }
 
-TEST(PortRegistryTest, LoadsFollowTheStoredCountOrTheLimitOfTen) {
+// The shared registry: loads follow the stored count or the limit of ten, saves hold what this
+// process set. Then the per-user ports.
+TEST(PortRegistryTest, SharedRegistryAndUserPorts) {
   testing::TempDir dir;
   BuildPathTable(dir.Join("prog"));
   const std::string config = dir.Join("VSConfiguration.ini");
   const std::vector<std::string> eleven = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k"};
   const std::string ten = "a:100,b:101,c:102,d:103,e:104,f:105,g:106,h:107,i:108,j:109,";
-  const struct {
-    std::string file;
-    bool useStoredCount;
-    std::string expected;
-  } rows[] = {{"Port=0\n" + Entries({"vsm", "qpt"}), false, "qpt:101,vsm:100,"},
-              {"Port=0\n" + Entries({"vsm", "qpt"}), true, ""},
-              {Entries({"vsm"}), true, ""},
-              {"Port=5\n" + Entries({"vsm", "qpt"}), true, "qpt:101,vsm:100,"},
-              {"Port=1\n" + Entries({"vsm", "qpt"}), true, "vsm:100,"},
-              {"Port=11\n" + Entries(eleven), false, ten},
-              {"Port=11\n" + Entries(eleven), true, ten + "k:110,"},
-              {"Port=1\nPort_mn_0=vsm\nPort_mp_0=x1\n", true, "vsm:0,"},
-              {Entries({"vsm", "vsm"}), false, "vsm:101,"}};
-  for (const auto& row : rows) {
-    WriteFileBytes(config, "[VS]\n" + row.file);
+  const std::tuple<std::string, bool, std::string> rows[] = {
+      {"Port=0\n" + Entries({"vsm", "qpt"}), false, "qpt:101,vsm:100,"},
+      {"Port=0\n" + Entries({"vsm", "qpt"}), true, ""},
+      {Entries({"vsm"}), true, ""},
+      {"Port=5\n" + Entries({"vsm", "qpt"}), true, "qpt:101,vsm:100,"},
+      {"Port=1\n" + Entries({"vsm", "qpt"}), true, "vsm:100,"},
+      {"Port=11\n" + Entries(eleven), false, ten},
+      {"Port=11\n" + Entries(eleven), true, ten + "k:110,"},
+      {"Port=1\nPort_mn_0=vsm\nPort_mp_0=x1\n", true, "vsm:0,"},
+      {Entries({"vsm", "vsm"}), false, "vsm:101,"}};
+  for (const auto& [file, useStoredCount, expected] : rows) {
+    WriteFileBytes(config, "[VS]\n" + file);
     PortTable table = {{"old", 1}};
-    LoadPlainPortTable(&table, row.useStoredCount);
-    EXPECT_EQ(Text(table), row.expected) << row.file << row.useStoredCount;
+    LoadPlainPortTable(&table, useStoredCount);
+    EXPECT_EQ(Text(table), expected) << file << useStoredCount;
   }
   // A new process saves only what it set, in name order, and leaves stale entries behind.
   WriteFileBytes(config, "[VS]\nPort=2\n" + Entries({"qpt", "zzz"}));
@@ -158,9 +156,34 @@ TEST(PortRegistryTest, LoadsFollowTheStoredCountOrTheLimitOfTen) {
   PortTable table;
   LoadPlainPortTable(&table, false);
   EXPECT_EQ(Text(table), "vsm:18625,zzz:101,");
+
+  // A user's ports are <alias>[_ssl][_def] in the user's section of user_config.ini, 0 when
+  // missing; the writes go to qpt and qpt_def, qpt_ssl and qpt_ssl_def, qpt, qpt_ssl. The current
+  // user's section is "", and only work modes 3 and 6 report its non-zero SSL ports, vsm's first.
+  for (int i = 0; i < 4; ++i) WriteUserPort("alice", "qpt", i < 2, i % 2, 100 + i);
+  WriteUserPort("", "qpt", false, true, 8443);
+  std::string ports;
+  for (int i = 0; i < 8; ++i)  // qpt, then vsm, whose keys are all missing
+    ports += std::to_string(ReadUserPort("alice", i < 4 ? "qpt" : "vsm", i & 2, i & 1)) + " ";
+  for (int32_t vsm : {0, 9443}) {
+    WriteUserPort("", "vsm", false, true, vsm);
+    for (uint32_t mode : {0, 2, 3, 4, 6, 7}) {
+      SetWorkMode(mode);
+      std::vector<int32_t> found = {1};
+      GetUserSslPorts(&found);
+      ports += "|" + std::to_string(mode) + ":";
+      for (int32_t port : found) ports += std::to_string(port) + ",";
+    }
+  }
+  EXPECT_EQ(
+      ports,
+      "102 103 100 101 0 0 0 0 |0:|2:|3:8443,|4:|6:8443,|7:|0:|2:|3:9443,8443,|4:|6:9443,8443,|7:");
+  EXPECT_EQ(ReadFileBytes(dir.Join("user_config.ini")),
+            "[]\nqpt_ssl=8443\nvsm_ssl=9443\n"
+            "[alice]\nqpt=102\nqpt_def=100\nqpt_ssl=103\nqpt_ssl_def=101\n");
 }
 
-TEST(WorkingPathsTest, StartUpMakesTheTreeOnceAndCachesTheSettings) {
+TEST(WorkingPathsTest, StartUpMakesTheTreeOnceCachesTheSettingsAndSurvivesAPlainFileLog) {
   testing::TempDir dir;
   ResetPathTableForTesting();
   WriteFileBytes(dir.Join("VSConfiguration.ini"),
@@ -184,26 +207,23 @@ TEST(WorkingPathsTest, StartUpMakesTheTreeOnceAndCachesTheSettings) {
   InitializeWorkingPathsFrom("/elsewhere/prog", false);  // changes nothing, reads nothing
   EXPECT_EQ(GetRootDirectory() + GetCachedServer(), dir.path() + "/10.0.0.9");
   EXPECT_TRUE(IsVerboseLogging());
-}
 
-TEST(WorkingPathsTest, ALogThatIsAPlainFileDoesNotStopTheStart) {
-  testing::TempDir dir;
+  // A log that is a plain file doesn't stop a start: the log files go beside, with a number
+  // before the last extension.
+  testing::TempDir other;
   ResetPathTableForTesting();
-  WriteFileBytes(dir.Join("log"), "a plain file");
-  InitializeWorkingPathsFrom(dir.Join("prog"), false);
-  // The log files go beside, with a number before the last extension.
-  const std::string log = dir.Join("log/");
+  WriteFileBytes(other.Join("log"), "a plain file");
+  InitializeWorkingPathsFrom(other.Join("prog"), false);
+  const std::string log = other.Join("log/");
   const std::pair<std::string, const char*> paths[] = {
       {GetServiceLogFile(), "vss(*).log"},
       {GetUpdaterLogFile(), "vsu(*).log"},
       {ChooseLogPath(log, "a.b.log"), "a.b(*).log"},
       {ChooseLogPath(log, "vsslog"), "vsslog"}};
-  for (const auto& path : paths) {
-    EXPECT_TRUE(path.first.rfind(log, 0) == 0 &&
-                testing::Matches(path.first.substr(log.size()), path.second))
-        << path.first;
-  }
-  EXPECT_FALSE(testing::PathExists(dir.Join("dump")) || IsVerboseLogging());
+  for (const auto& [path, pattern] : paths)
+    EXPECT_TRUE(path.rfind(log, 0) == 0 && testing::Matches(path.substr(log.size()), pattern))
+        << path;
+  EXPECT_FALSE(testing::PathExists(other.Join("dump")) || IsVerboseLogging());
   EXPECT_EQ(GetCachedServer(), "127.0.0.1");  // no Server in the file
   SetVerboseLogging(true);
   EXPECT_EQ(LogError("lost"), 0);
@@ -217,31 +237,39 @@ TEST(LogWriterTest, MaskLinesAndData) {
   auto log = [&] { return testing::WithoutHeads(ReadFileBytes(dir.Join("log/vss.log"))); };
   const std::string e = "H [Error-0]: e1 GetLastError = 13.\n", i = "H [Info-0]: ix\n",
                     d = "H [Debug-0]: d\n";
-  const struct {
-    const char* level;  // null: no configuration file
-    bool verbose;
-    std::string expected;
-  } rows[] = {{nullptr, false, ""},     {"", false, ""},          {"1", false, ""},
-              {"abc", false, ""},       {"6", false, e + i},      {"8", false, d},
-              {"14", false, e + i + d}, {"-1", false, e + i + d}, {"1", true, e + i + d}};
+  // LogLevel (null: no configuration file), verbose flag, the lines written.
+  const std::tuple<const char*, bool, std::string> rows[] = {
+      {nullptr, false, ""},     {"", false, ""},          {"1", false, ""},
+      {"abc", false, ""},       {"6", false, e + i},      {"8", false, d},
+      {"14", false, e + i + d}, {"-1", false, e + i + d}, {"1", true, e + i + d}};
   const std::string config = dir.Join("VSConfiguration.ini");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.level ? row.level : "no file");
+  for (const auto& [level, verbose, expected] : rows) {
+    SCOPED_TRACE(level ? level : "no file");
     remove(dir.Join("log/vss.log").c_str());
     remove(config.c_str());  // read at the next call: a change by hand takes effect at once
-    if (row.level) WriteFileBytes(config, std::string("[VS]\nLogLevel=") + row.level + "\n");
-    SetVerboseLogging(row.verbose);  // start-up saw 14: the file is no longer read
+    if (level) WriteFileBytes(config, std::string("[VS]\nLogLevel=") + level + "\n");
+    SetVerboseLogging(verbose);  // start-up saw 14: the file is no longer read
     errno = 13;
     EXPECT_EQ(LogError("e%d", 1) + LogInfo("i%s", "x") + LogDebug("d"), 3);
-    EXPECT_EQ(log(), row.expected);
+    EXPECT_EQ(log(), expected);
   }
   remove(dir.Join("log/vss.log").c_str());
   SetVerboseLogging(true);
   SetWorkMode(3);
+  // The first line waits for configLock, which a thread holds, and the wait changes errno; the
+  // line still shows the errno found on entry.
+  std::atomic<bool> held{false};
+  std::thread holder([&] {
+    ScopedWriteLock lock(GetConfigLock());
+    held = true;
+    usleep(100000);
+  });
+  while (!held) std::this_thread::yield();
   for (uint32_t level : {2, 6, 4, 12, 8, 24, 1, 16, 32}) {  // named by the lowest bit
     errno = 2;
     EXPECT_EQ(WriteLogLine(level, "t", nullptr, 0), 1);
   }
+  holder.join();
   const std::string text(10000, 'x');
   LogInfo("%s|", text.c_str());
   LogDebugData("data", "ab\0c", 4);

@@ -3,6 +3,9 @@
 // certificates and scan files.
 #include "host/logon_user.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,8 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <iterator>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "config/log_writer.h"
@@ -29,16 +32,13 @@ namespace {
 // Every command line that host/ hands to a shell, word for word: nothing is quoted, on purpose.
 TEST(LogonUserTest, CommandTextsAndTheirOutput) {
   BuildPathTable("/opt/x/prog");
+  // clang-format off
   const std::pair<std::string, std::string> rows[] = {
-      {FormatShellCommand(kPortProcessCommand, 52314),
-       R"(netstat -aopn | grep -v VeldoraneS | grep 127.0.0.1:52314 | awk -F' ' {'print $7'})"},
-      {FormatShellCommand(kProcessEnvironmentCommand, 4711),
-       R"(sed 's/\x0/\n/g' /proc/4711/environ)"},
-      {FormatShellCommand(kSaveDisplayCommand, ":1"),
-       "echo :1 > /opt/veldorane/VeldoraneService/DISPLAY.log"},
+      {FormatShellCommand(kPortProcessCommand, 52314), R"(netstat -aopn | grep -v VeldoraneS | grep 127.0.0.1:52314 | awk -F' ' {'print $7'})"},
+      {FormatShellCommand(kProcessEnvironmentCommand, 4711), R"(sed 's/\x0/\n/g' /proc/4711/environ)"},
+      {FormatShellCommand(kSaveDisplayCommand, ":1"), "echo :1 > /opt/veldorane/VeldoraneService/DISPLAY.log"},
       {FormatShellCommand(kOpenProcessStatusCommand, 4711), "chmod 777 /proc/4711/status"},
-      {FormatShellCommand(kProcessUidCommand, 4711),
-       R"(cat /proc/4711/status | grep Uid | awk -F' ' {'print $2'})"},
+      {FormatShellCommand(kProcessUidCommand, 4711), R"(cat /proc/4711/status | grep Uid | awk -F' ' {'print $2'})"},
       {FormatShellCommand(kUserUidCommand, "root"), "id -u root"},
       {FormatShellCommand(kOpenToAllCommand, "/a b"), "chmod 777 /a b"},
       {GetDialogCommandWithText("a b"), "/opt/x/quillport_dialog 1 a b"},
@@ -47,13 +47,11 @@ TEST(LogonUserTest, CommandTextsAndTheirOutput) {
       {GetDialogCommandFull(5, -1, "say \"hi\""), "/opt/x/quillport_dialog 3 5 -1 \"say \"hi\"\""},
       {kCertCountCommand, "certutil -L -d sql:$HOME/.pki/nssdb| grep veldorane_quillport| wc -l"},
       {GetCertCheckCommand(), "/opt/x/DebInstallCertCheck&"},
-      {GetServerCertInstallCommand(),
-       R"(certutil -A -d sql:$HOME/.pki/nssdb -t "P,," -n "veldorane_quillport" -i /opt/x/server.der)"},
-      {GetRootCertInstallCommand(),
-       R"(certutil -A -d sql:$HOME/.pki/nssdb -t "C,," -n "veldorane_quillport_root" -i /opt/x/cert/cacert.pem)"},
+      {GetServerCertInstallCommand(), R"(certutil -A -d sql:$HOME/.pki/nssdb -t "P,," -n "veldorane_quillport" -i /opt/x/server.der)"},
+      {GetRootCertInstallCommand(), R"(certutil -A -d sql:$HOME/.pki/nssdb -t "C,," -n "veldorane_quillport_root" -i /opt/x/cert/cacert.pem)"},
       {GetSystemInfoCommand(), "echo `uname -a` > /opt/x/log/SystemInfo.log"},
-      {GetPnmToBmpCommand("a.pnm", "b.bmp"), "/opt/x/pnm2bmp a.pnm > b.bmp"},
-  };
+      {GetPnmToBmpCommand("a.pnm", "b.bmp"), "/opt/x/pnm2bmp a.pnm > b.bmp"}};
+  // clang-format on
   for (const auto& row : rows) EXPECT_EQ(row.first, row.second);
 
   // Without a name or a line feed behind the number, the number is cut short.
@@ -66,18 +64,7 @@ TEST(LogonUserTest, CommandTextsAndTheirOutput) {
 
 // A login record in the system's 400-byte layout: user at byte 44, host at byte 76.
 std::string Record(const std::string& user, const std::string& host) {
-  std::string record(400, '\0');
-  record.replace(44, user.size(), user);
-  return record.replace(76, host.size(), host);
-}
-
-// "<DISPLAY> <VSM_LAUNCH_A>" ("-" for unset); both are cleared for the next case.
-std::string TakeVariables() {
-  const char *display = getenv("DISPLAY"), *a = getenv("VSM_LAUNCH_A");
-  const std::string text = std::string(display ? display : "-") + " " + (a ? a : "-");
-  unsetenv("DISPLAY");
-  unsetenv("VSM_LAUNCH_A");
-  return text;
+  return std::string(400, '\0').replace(44, user.size(), user).replace(76, host.size(), host);
 }
 
 TEST(LogonUserTest, EnvironmentFileThenLoginRecords) {
@@ -86,11 +73,9 @@ TEST(LogonUserTest, EnvironmentFileThenLoginRecords) {
   // An empty host doesn't end the search, and an unknown user's uid matches nothing.
   const std::string mixed = Record("root", "") + Record("vsm-no-such-user", "bad:1") +
                             Record("root", ":5") + Record("root", ":6");
-  const struct {
-    const char* environment;  // null: no file
-    std::string records;      // "-": no file
-    const char* expected;
-  } rows[] = {
+  // The environment file (null: none), the login records ("-": none), then DISPLAY and
+  // VSM_LAUNCH_A ("-": unset).
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"DISPLAY=:1\nVSM_LAUNCH_A=x\n", rec9, ":1 x"},  // the records aren't read
       {"VSM_LAUNCH_A=x\nno equals sign\n", rec9, "rec:9 x"},
       {"VSM_LAUNCH_A=a=b\n", rec9, "rec:9 a=b"},
@@ -100,12 +85,17 @@ TEST(LogonUserTest, EnvironmentFileThenLoginRecords) {
       {nullptr, Record("root", ""), ":0 -"},
       {nullptr, Record("root", ":5").substr(0, 399), ":0 -"},
       {nullptr, "-", ":0 -"}};
-  for (size_t i = 0; i < std::size(rows); ++i) {  // each case with files of its own
-    const std::string environment = dir.Join(std::to_string(i)), records = environment + "utmp";
-    if (rows[i].environment != nullptr) testing::WriteFileBytes(environment, rows[i].environment);
-    if (rows[i].records != "-") testing::WriteFileBytes(records, rows[i].records);
-    PrepareLaunchEnvironment(environment, records.c_str(), "0");  // root's uid
-    EXPECT_EQ(TakeVariables(), rows[i].expected) << i;
+  int i = 0;  // each case with files of its own
+  for (const auto& [environment, records, expected] : rows) {
+    const std::string environmentFile = dir.Join(std::to_string(i++)), utmp = environmentFile + "u";
+    if (environment != nullptr) testing::WriteFileBytes(environmentFile, environment);
+    if (records != "-") testing::WriteFileBytes(utmp, records);
+    PrepareLaunchEnvironment(environmentFile, utmp.c_str(), "0");  // root's uid
+    const char *display = getenv("DISPLAY"), *a = getenv("VSM_LAUNCH_A");
+    EXPECT_EQ(std::string(display ? display : "-") + " " + (a ? a : "-"), expected)
+        << environmentFile;
+    unsetenv("DISPLAY");
+    unsetenv("VSM_LAUNCH_A");
   }
 }
 
@@ -143,14 +133,34 @@ TEST(LogonUserTest, LaunchedProgramGetsArgumentsAndUserEnvironment) {
         testing::ReadFileBytes(program + ".out"),
         "[" + program + "][scan][cmd line][1][1][" + (verbose ? "1" : "0") + "][extra] :3 abc\n");
   }
-  // A failed exec returns -1 in the child, which logs first.
+  // A failed exec returns -1 in the child, which logs first. A user lookup logs its failure.
   ASSERT_EQ(mkdir(GetLogDirectory().c_str(), 0755), 0);
   EXPECT_EQ(LaunchFromChild(dir.Join("missing"), true), 42);
+  uid_t uid = 99;
+  gid_t gid = 99;
+  SetVerboseLogging(true);
+  EXPECT_TRUE(name_to_uid("root", &uid, &gid) == 0 && uid == 0 && gid == 0);
+  EXPECT_EQ(name_to_uid("vsm-no-such-user", &uid, &gid) + name_to_uid(nullptr, &uid, &gid), -2);
   const std::string log = testing::ReadFileBytes(GetServiceLogFile());
   for (const char* line : {"CreateProcessAsCurrentLogonUser return: ",
                            "CreateProcessAsCurrentLogonUser fork child process end\n",
-                           "execve failed: Something wrong with child !"})
+                           "execve failed: Something wrong with child !", "name_to_uid failed."})
     EXPECT_NE(log.find(line), std::string::npos) << line << " not in\n" << log;
+}
+
+// Both ends of a loopback connection are this process, so netstat leads back to it.
+TEST(LogonUserTest, PeerUidOfALoopbackConnection) {
+  EXPECT_EQ(GetPeerUid(~0u), "");  // no socket, no peer
+  if (std::system("command -v netstat > /dev/null") != 0) GTEST_SKIP() << "no netstat";
+  const int listener = socket(AF_INET, SOCK_STREAM, 0), client = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address = {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};  // any free port
+  socklen_t length = sizeof(address);
+  auto* name = reinterpret_cast<sockaddr*>(&address);
+  ASSERT_TRUE(bind(listener, name, length) == 0 && listen(listener, 1) == 0 &&
+              getsockname(listener, name, &length) == 0 && connect(client, name, length) == 0);
+  const int accepted = accept(listener, nullptr, nullptr);
+  EXPECT_EQ(GetPeerUid(static_cast<uint32_t>(accepted)), std::to_string(getuid()));
+  for (int fd : {accepted, client, listener}) close(fd);
 }
 
 TEST(HostFilesTest, OriginsCertCountAndScanFiles) {
@@ -175,10 +185,9 @@ TEST(HostFilesTest, OriginsCertCountAndScanFiles) {
   EXPECT_EQ(ReadCurrentSource(3) + "|" + ReadCurrentSource(4) + "|" +
                 testing::ReadFileBytes(dir.Join("VSConfiguration.ini")),
             "X||[VS]\nCurrentSource-1=Y\nCurrentSource3=X\n");
-  const std::string root = dir.path() + "/", pid = std::to_string(getpid());
+  const std::string stem = dir.path() + "/linuxQPT" + std::to_string(getpid());
   char* paths[] = {MakeScanPnmPath(), MakeScanBmpPath()};
-  EXPECT_EQ(std::string(paths[0]) + "|" + paths[1],
-            root + "linuxQPT" + pid + ".pnm|" + root + "linuxQPT" + pid + ".bmp");
+  EXPECT_EQ(std::string(paths[0]) + "|" + paths[1], stem + ".pnm|" + stem + ".bmp");
   for (char* path : paths) free(path);
 }
 
