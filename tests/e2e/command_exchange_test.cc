@@ -32,22 +32,20 @@ struct Exchange {
 };
 
 TEST_F(CommandExchange, AnswersByteForByte) {
+  const std::string failed = "{\n   \"description\" : \"Function not found\",\n   \"exception\" : -2200,\n   \"id\" : \"";
+  // clang-format off
   const Exchange exchanges[] = {
       {"/vsm/", "{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"ChangePort\",\"parameter\":[\"a\"]}",
-       "{\n   \"id\" : \"1\",\n   \"method\" : \"ChangePort\",\n"
-       "   \"result\" : [ \"a\", true ],\n\t\"cmdId\" : \"17\"\n}\n"},
-      {"/vsm/x",
-       "{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"SetServerInfo\",\"parameter\":[\"a\"]}",
-       "{\n   \"description\" : \"Invalid parameter count.\",\n   \"exception\" : -2202,\n"
-       "   \"id\" : \"1\",\n   \"method\" : \"SetServerInfo\",\n"
-       "   \"result\" : [ \"a\", false ],\n\t\"cmdId\" : \"17\"\n}\n"},
+       "{\n   \"id\" : \"1\",\n   \"method\" : \"ChangePort\",\n   \"result\" : [ \"a\", true ],\n\t\"cmdId\" : \"17\"\n}\n"},
+      {"/vsm/x", "{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"SetServerInfo\",\"parameter\":[\"a\"]}",
+       "{\n   \"description\" : \"Invalid parameter count.\",\n   \"exception\" : -2202,\n   \"id\" : \"1\",\n"
+       "   \"method\" : \"SetServerInfo\",\n   \"result\" : [ \"a\", false ],\n\t\"cmdId\" : \"17\"\n}\n"},
       {"/vsm/", "{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"VersionInfo\",\"parameter\":[]}",
-       "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : [\n"
-       "      \"16, 2, 6, 1212\",\n      \"Veldorane Service Manager Module\",\n"
-       "      \"0\",\n      \"false\",\n      \"32\"\n   ],\n\t\"cmdId\" : \"17\"\n}\n"},
+       "{\n   \"event\" : \"VersionInfo\",\n   \"id\" : \"1\",\n   \"result\" : [\n      \"16, 2, 6, 1212\",\n"
+       "      \"Veldorane Service Manager Module\",\n      \"0\",\n      \"false\",\n      \"32\"\n   ],\n\t\"cmdId\" : \"17\"\n}\n"},
       {"/vsm/", "{\"id\":\"1\",\"method\":\"GetLocalIP\"}", "[]"},
-      // Routes: no route gives plain text, and so does a route with no command before the
-      // blank line; the update routes build commands that have no handler here.
+      // Routes: no route gives plain text, and so does a route with no command before the blank
+      // line; the update routes build commands that have no handler here.
       {"/abc/vsm/", "{\"id\":\"1\",\"method\":\"ChangePort\"}", "Invalid command"},
       {"/VSM/", "{\"id\":\"1\",\"method\":\"ChangePort\"}", "Invalid command"},
       {"", "{\"id\":\"1\",\"method\":\"ChangePort\"}", "Invalid command"},
@@ -55,28 +53,23 @@ TEST_F(CommandExchange, AnswersByteForByte) {
       {"/vsm/", "\r\n\r\n{\"method\":\"ChangePort\"}", "Invalid command"},
       {"/vsm/", "{\"id\":\"1\",\"method\":\"ChangePort\"}\r\n\r\nABC", Echo("[ true ]")},
       {"/x/LoadZipFromBytes?type=1&vsver=16&", "",
-       "{\n   \"description\" : \"Function not found\",\n   \"exception\" : -2200,\n"
-       "   \"id\" : \"1\",\n   \"method\" : \"LoadZipFromBytes\",\n"
-       "   \"result\" : [ 1, \"16\", false ],\n\t\"cmdId\" : \"\"\n}\n"},
-      {"/CheckUpdateFile?vsver=3&",
-       "{\"id\":\"2\",\"method\":\"CheckUpdateFile\",\"parameter\":[\"f\",]}",
-       "{\n   \"description\" : \"Function not found\",\n   \"exception\" : -2200,\n"
-       "   \"id\" : \"2\",\n   \"method\" : \"CheckUpdateFile\",\n"
-       "   \"result\" : [ \"f\", \"3\", false ],\n\t\"cmdId\" : \"\"\n}\n"},
+       failed + "1\",\n   \"method\" : \"LoadZipFromBytes\",\n   \"result\" : [ 1, \"16\", false ],\n\t\"cmdId\" : \"\"\n}\n"},
+      {"/CheckUpdateFile?vsver=3&", "{\"id\":\"2\",\"method\":\"CheckUpdateFile\",\"parameter\":[\"f\",]}",
+       failed + "2\",\n   \"method\" : \"CheckUpdateFile\",\n   \"result\" : [ \"f\", \"3\", false ],\n\t\"cmdId\" : \"\"\n}\n"},
       // Bad input: a clear answer, never a crash.
       {"/vsm/", "this is not json", kNotACommand},
       {"/vsm/", "{\"id\":\"1\",\"method\":\"ChangePort\",", kNotACommand},
       {"/vsm/", std::string(10 * 1024 * 1024, '['), kNotACommand},
       {"/vsm/", ChangePortWith("[\"\xC3\x28\xFF\"]"), Echo("[ \"\xC3\x28\xFF\", true ]")},
-      {"/vsm/", ChangePortWith("[\"a\\u0000b\",\"\\u0001\"]"),
-       Echo("[ \"a\", \"\\u0001\", true ]")},
+      {"/vsm/", ChangePortWith("[\"a\\u0000b\",\"\\u0001\"]"), Echo("[ \"a\", \"\\u0001\", true ]")},
       {"/vsm/", ChangePortWith("[123456789012345678901234567890,18446744073709551615,-1]"),
        Echo("[ 1.234567890123457e+29, 18446744073709551615, -1, true ]")},
       {"/vsm/", ChangePortWith("{\"a\":1,\"b\":2}"), Echo("[ null, null, true ]")},
       {"/vsm/", ChangePortWith("7"), Echo("[ true ]")},
-      {"/vsm/", ChangePortWith("[\"" + std::string(10 * 1024 * 1024, 'x') + "\"]"),
-       Echo("[\n      \"" + std::string(10 * 1024 * 1024, 'x') + "\",\n      true\n   ]")},
+      {"/vsm/", ChangePortWith("[\"" + std::string(10 << 20, 'x') + "\"]"),
+       Echo("[\n      \"" + std::string(10 << 20, 'x') + "\",\n      true\n   ]")},
   };
+  // clang-format on
   for (const Exchange& exchange : exchanges) {
     CommandCall call;
     call.url = exchange.url;

@@ -21,13 +21,10 @@ Library Load() {
     ADD_FAILURE() << "cannot load " << VSM_LIBRARY_PATH << ": " << dlerror();
     return library;
   }
-#define VSM_BIND(name)                                                           \
+#define VSM_BIND(name)                                                               \
   library.name = reinterpret_cast<decltype(library.name)>(dlsym(handle, #name)); \
   if (library.name == nullptr) ADD_FAILURE() << "libvsm.so exports no " #name;
-  VSM_BIND(DoAction)
-  VSM_BIND(CloseWebSocket) VSM_BIND(GetWaitTimeout) VSM_BIND(GetAlias) VSM_BIND(GetVersionDesc)
-      VSM_BIND(GetPorts) VSM_BIND(DistributeCommand) VSM_BIND(GetImage) VSM_BIND(SetImage)
-          VSM_BIND(Reserved)
+  VSM_EXPORTS(VSM_BIND)
 #undef VSM_BIND
               return library;
 }

@@ -12,17 +12,15 @@
 
 namespace vsm::e2e {
 
+// The ten exports, in one list for the struct and for the loader.
+#define VSM_EXPORTS(X)                                                                      \
+  X(DoAction) X(CloseWebSocket) X(GetWaitTimeout) X(GetAlias) X(GetVersionDesc) X(GetPorts) \
+  X(DistributeCommand) X(GetImage) X(SetImage) X(Reserved)
+
 struct Library {
-  decltype(&::DoAction) DoAction = nullptr;
-  decltype(&::CloseWebSocket) CloseWebSocket = nullptr;
-  decltype(&::GetWaitTimeout) GetWaitTimeout = nullptr;
-  decltype(&::GetAlias) GetAlias = nullptr;
-  decltype(&::GetVersionDesc) GetVersionDesc = nullptr;
-  decltype(&::GetPorts) GetPorts = nullptr;
-  decltype(&::DistributeCommand) DistributeCommand = nullptr;
-  decltype(&::GetImage) GetImage = nullptr;
-  decltype(&::SetImage) SetImage = nullptr;
-  decltype(&::Reserved) Reserved = nullptr;
+#define VSM_FIELD(name) decltype(&::name) name = nullptr;
+  VSM_EXPORTS(VSM_FIELD)
+#undef VSM_FIELD
 };
 
 // The library, loaded once per process; a failure to load fails the test.
