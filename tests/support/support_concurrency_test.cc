@@ -25,10 +25,7 @@ TEST(RWLockConcurrencyTest, ReadersNeverSeeAWriterAtWork) {
     ++second;
     --writersInside;
   };
-  auto read = [&] {
-    EXPECT_EQ(first, second);
-    EXPECT_EQ(writersInside, 0);
-  };
+  auto read = [&] { EXPECT_TRUE(first == second && writersInside == 0); };
   std::atomic<long> writes{0};
   std::vector<std::thread> threads;
   const uint32_t start = GetTickMilliseconds();
@@ -37,21 +34,17 @@ TEST(RWLockConcurrencyTest, ReadersNeverSeeAWriterAtWork) {
       for (int i = 0; GetTickMilliseconds() - start < 2000; ++i) {
         int kind = (i + t) % 4;
         if (kind < 2) {  // reader, sometimes nested
-          lock.ReadLock(INFINITE_WAIT);
+          ScopedReadLock outer(lock);
           if (kind == 0) lock.ReadLock(INFINITE_WAIT);
           read();
           if (kind == 0) lock.ReadUnlock();
-          lock.ReadUnlock();
           continue;
         }
-        if (kind == 2) {  // writer that also reads and writes again
-          lock.WriteLock(INFINITE_WAIT);
-          lock.ReadLock(INFINITE_WAIT);
-          lock.WriteLock(INFINITE_WAIT);
+        if (kind == 2) {  // writer that also reads and writes again; the guards unlock in reverse
+          ScopedWriteLock writing(lock);
+          ScopedReadLock reading(lock);
+          ScopedWriteLock writingAgain(lock);
           write();
-          lock.WriteUnlock();
-          lock.ReadUnlock();
-          lock.WriteUnlock();
         } else {  // reader that turns writer and drops everything at once
           lock.ReadLock(INFINITE_WAIT);
           read();

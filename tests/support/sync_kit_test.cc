@@ -1,13 +1,15 @@
-// CRWLock and the events, semaphores and clocks it stands on.
+// CRWLock and the events, semaphores, threads and clocks it stands on.
 #include "support/rw_lock.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,12 +17,14 @@
 #include "support/clock.h"
 #include "support/event.h"
 #include "support/semaphore.h"
+#include "support/thread_start.h"
 
 namespace vsm {
 namespace {
 
 // Polls `condition` for up to two seconds.
-bool Eventually(const std::function<bool()>& condition) {
+template <typename Condition>
+bool Eventually(Condition condition) {
   for (int i = 0; i < 2000 && !condition(); ++i) SleepMilliseconds(1);
   return condition();
 }
@@ -52,33 +56,21 @@ int OwnSemaphores(const std::string& kind, bool unlink = false) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
     std::string name = entry.path().filename();
-    if (name.rfind("sem." + kind + Pid() + "_", 0) != 0) continue;
-    if (unlink) sem_unlink(name.c_str() + 4);
-    ++count;
+    count += name.rfind("sem." + kind + Pid() + "_", 0) == 0 && (!unlink || !sem_unlink(&name[4]));
   }
   return count;
 }
 
-TEST(RWLockTest, WriterReadsAndWritesAgainThenStaysOnAsPlainReader) {
+TEST(RWLockTest, WriterReadsAndWritesAgainStaysOnAsPlainReaderWhoWritesAtOnceUnlessAnotherReads) {
   CRWLock lock;
-  ASSERT_EQ(lock.WriteLock(0), 1);
-  ASSERT_EQ(lock.ReadLock(0), 1);
-  ASSERT_EQ(lock.WriteLock(0), 1);
+  ASSERT_TRUE(lock.WriteLock(0) && lock.ReadLock(0) && lock.WriteLock(0));
   EXPECT_EQ(lock.GetThreadLockCounts(nullptr, nullptr), 0x20001u);
   EXPECT_EQ(State(lock), "w1 r0 q0 t1 --");  // the writer's read depth is no lock-level reader
-  lock.WriteUnlock();
-  lock.WriteUnlock();
+  for (int i = 0; i < 2; ++i) lock.WriteUnlock();
   EXPECT_EQ(State(lock), "w0 r1 q0 t1 --");
   EXPECT_EQ(OnOtherThread(lock, false), 1);
   EXPECT_EQ(OnOtherThread(lock, true), 0);
-  lock.ReadUnlock();
-  EXPECT_EQ(State(lock), kIdle);
-}
-
-TEST(RWLockTest, OnlyReaderWritesAtOnceSecondReaderMakesItWait) {
-  CRWLock lock;
-  lock.ReadLock(0);
-  ASSERT_EQ(lock.WriteLock(0), 1);
+  ASSERT_EQ(lock.WriteLock(0), 1);  // the only reader
   EXPECT_EQ(State(lock), "w1 r0 q0 t1 --");
   lock.WriteUnlock();
   std::atomic<bool> gaveUp{false}, writing{false};
@@ -93,8 +85,7 @@ TEST(RWLockTest, OnlyReaderWritesAtOnceSecondReaderMakesItWait) {
     writing = true;
     lock.UnlockAll();
   });
-  ASSERT_TRUE(Eventually([&] { return gaveUp && lock.writers() == 1; }));
-  EXPECT_EQ(lock.readers(), 1u);
+  ASSERT_TRUE(Eventually([&] { return gaveUp && State(lock) == "w1 r1 q0 t2 -W"; }));
   SleepMilliseconds(20);
   EXPECT_FALSE(writing);
   lock.ReadUnlock();
@@ -113,26 +104,20 @@ TEST(RWLockTest, WaitingWriterKeepsNewReadersOutAndEventsLiveOnlyWhileWaited) {
     lock.WriteUnlock();
   });
   ASSERT_TRUE(Eventually([&] { return lock.HasWriterEvent(); }));
-  EXPECT_EQ(OnOtherThread(lock, false), 0);
-  EXPECT_EQ(OnOtherThread(lock, false, 20), 0);
-  EXPECT_FALSE(lock.HasReaderEvent());
+  EXPECT_EQ(OnOtherThread(lock, false) + OnOtherThread(lock, false, 20), 0);
+  EXPECT_EQ(State(lock), "w1 r1 q0 t1 -W");
   lock.ReadUnlock();  // the writer gets in
-  std::thread reader([&] {
-    EXPECT_EQ(lock.ReadLock(INFINITE_WAIT), 1);
-    lock.ReadUnlock();
-  });
-  ASSERT_TRUE(Eventually([&] { return lock.readerWaiters() == 1; }));
-  EXPECT_TRUE(lock.HasReaderEvent());
+  std::thread reader([&] { EXPECT_TRUE(ScopedReadLock(lock).locked()); });
+  ASSERT_TRUE(Eventually([&] { return State(lock) == "w1 r0 q1 t1 RW"; }));
   release = true;
   writer.join();
   reader.join();
   EXPECT_EQ(State(lock), kIdle);
 }
 
-TEST(RWLockTest, UnlocksByHoldersOfNothingChangeNothingOthersDropHolds) {
+TEST(RWLockTest, UnlocksByHoldersOfNothingChangeNothingAndTheThreadBlindFaceKeepsNoRecords) {
   CRWLock lock;
-  lock.ReadLock(0);
-  lock.ReadLock(0);
+  ASSERT_TRUE(lock.ReadLock(0) && lock.ReadLock(0));
   std::thread([&] {
     lock.ReadUnlock();
     lock.WriteUnlock();
@@ -140,9 +125,8 @@ TEST(RWLockTest, UnlocksByHoldersOfNothingChangeNothingOthersDropHolds) {
   }).join();
   EXPECT_EQ(State(lock), "w0 r1 q0 t1 --");
   EXPECT_EQ(lock.GetThreadLockCounts(nullptr, nullptr), 2u);
-  EXPECT_EQ(lock.WriteLock(0), 1);  // the only reader
-  EXPECT_EQ(lock.WriteLock(0), 1);
-  lock.UnlockAll();  // every hold at once
+  EXPECT_TRUE(lock.WriteLock(0) && lock.WriteLock(0));  // the only reader
+  lock.UnlockAll();                                     // every hold at once
   EXPECT_EQ(State(lock), kIdle);
   {
     ScopedWriteLock write(lock);
@@ -150,9 +134,37 @@ TEST(RWLockTest, UnlocksByHoldersOfNothingChangeNothingOthersDropHolds) {
     EXPECT_EQ(lock.GetThreadLockCounts(nullptr, nullptr), 0x10001u);
   }
   EXPECT_EQ(State(lock), kIdle);
+  ASSERT_EQ(lock.AcquireWrite(0), 1);
+  EXPECT_EQ(lock.AcquireRead(0) + lock.AcquireWrite(0), 0);  // held: zero timeouts fail
+  lock.Downgrade();
+  ASSERT_EQ(lock.AcquireRead(0), 1);
+  EXPECT_EQ(State(lock), "w0 r2 q0 t0 --");
+  EXPECT_EQ(lock.AcquireWrite(0), 0);
+  for (int i = 0; i < 2; ++i) lock.ReleaseRead();
+  ASSERT_EQ(lock.AcquireWrite(0), 1);
+  lock.ReleaseWrite();
+  EXPECT_EQ(State(lock), kIdle);
 }
 
-TEST(EventTest, GeneratedNamesCountUpCarryTheInstanceAndCloseRemovesThem) {
+TEST(RWLockTest, RecordArrayStartsAtOneThenGrowsByAnEighthButAtLeastFourAndNeverShrinks) {
+  CRWLock lock;
+  std::atomic<bool> release{false};
+  std::vector<std::thread> readers;
+  std::string grown;
+  for (int i = 1, last = 0; i <= 52; ++i) {
+    readers.emplace_back([&] {
+      for (ScopedReadLock read(lock); !release;) SleepMilliseconds(1);
+    });
+    EXPECT_TRUE(Eventually([&] { return lock.threadCount() == i; }));
+    if (int now = lock.threadCapacity(); now != last) grown += " " + std::to_string(last = now);
+  }
+  release = true;
+  for (std::thread& reader : readers) reader.join();
+  EXPECT_EQ(grown + ", then " + std::to_string(lock.threadCapacity()) + " " + State(lock),
+            " 1 5 9 13 17 21 25 29 33 37 41 46 51 57, then 57 " + std::string(kIdle));
+}
+
+TEST(EventTest, NamesAreTakenOnceOpenEventSharesThemWaitsPassAsOftenAsSignalledCloseUnlinks) {
   SetEventNameInstance(-7);
   EventHandle* first = CreateEvent(nullptr, 0, 0, nullptr);
   EventHandle* second = CreateEvent(nullptr, 1, 0, nullptr);
@@ -164,29 +176,22 @@ TEST(EventTest, GeneratedNamesCountUpCarryTheInstanceAndCloseRemovesThem) {
   EXPECT_EQ(std::string(second->name), "ce0" + Pid() + "_" + std::to_string(n + 1) + "_-7");
   EXPECT_EQ(std::string(semaphore).substr(std::string(semaphore).rfind('_')), "_-7");
   EXPECT_EQ(OwnSemaphores("ce0"), 2);
-  CloseEvent(first);
-  CloseEvent(second);
-  EXPECT_EQ(OwnSemaphores("ce0"), 0);
-}
-
-TEST(EventTest, NameInUseFailsWithMessageAndZeroWaitsLeaveSignalsAlone) {
   std::string name = "ce0" + Pid() + "_" + std::string(40, 'x');
-  EventHandle* created = CreateEvent(nullptr, 0, 0, name.c_str());
+  EventHandle* created = CreateEvent(nullptr, 1, 0, name.c_str());
   ASSERT_NE(created, nullptr);
   name.resize(31);
   EXPECT_EQ(created->name, name);
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(CreateEvent(nullptr, 0, 0, name.c_str()), nullptr);
+  EXPECT_EQ(OpenEvent(0, 0, ("ce0" + Pid() + "_unknown").c_str()), nullptr);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-            "CreateEvent sem_open failed 17 name " + name + "\n");
-  SetEvent(created);
+            "CreateEvent sem_open failed 17 name " + name + "\nOpenEvent sem_open failed 2\n");
+  EventHandle* opened = OpenEvent(0, 0, name.c_str());
+  ASSERT_NE(opened, nullptr);
+  EXPECT_EQ(opened->manualReset, 0);
+  SetEvent(opened);
   EXPECT_EQ(WaitForEvent(created, 0), WAIT_TIMED_OUT);  // a zero wait neither sees nor takes it
   EXPECT_EQ(WaitForEvent(created, 1), 0u);
-  CloseEvent(created);
-  EXPECT_EQ(OwnSemaphores("ce0"), 0);
-}
-
-TEST(EventTest, WaitsPassAsOftenAsSignalledWithinTheirWrappedBudget) {
   // manualReset, initialState, SetEvent calls, ResetEvent calls, and how many of five 1 ms waits
   // pass: posts add up, a reset takes one, a manual-reset event lets every waiter through.
   const int rows[][5] = {{0, 0, 0, 0, 0}, {0, 1, 0, 0, 1}, {0, 0, 3, 0, 3}, {0, 0, 2, 1, 1},
@@ -206,18 +211,16 @@ TEST(EventTest, WaitsPassAsOftenAsSignalledWithinTheirWrappedBudget) {
   EXPECT_EQ(WaitForEvent(event, 5000), WAIT_TIMED_OUT);
   uint32_t elapsed = GetTickMilliseconds() - start;
   EXPECT_TRUE(elapsed >= 600 && elapsed <= 2000) << elapsed;
-  CloseEvent(event);
+  for (EventHandle* e : {first, second, opened, created, event}) CloseEvent(e);
+  EXPECT_EQ(OwnSemaphores("ce0"), 0);
 }
 
-TEST(SemaphoreTest, CountStartsAtZeroFollowsPostsAndWaitsAndTimeoutsLastTheirTime) {
+TEST(SemaphoreThreadAndClockTest, CountsFollowPostsStopCancelsUnlessEndlessMillisecondsStay) {
   SemaphoreHandle* semaphore = CreateSemaphore(nullptr, 2, 10, nullptr);
   ASSERT_NE(semaphore, nullptr);
-  EXPECT_EQ(WaitForSemaphore(semaphore, 0), 0u);
-  EXPECT_EQ(WaitForSemaphore(semaphore, 0), 0u);
-  EXPECT_EQ(WaitForSemaphore(semaphore, 0), 0xFFFFFFFFu);
+  for (uint32_t result : {0u, 0u, 0xFFFFFFFFu}) EXPECT_EQ(WaitForSemaphore(semaphore, 0), result);
   int32_t previous = 99;
-  EXPECT_EQ(ReleaseSemaphore(semaphore, 5, &previous), 1);
-  EXPECT_EQ(previous, -2);
+  EXPECT_TRUE(ReleaseSemaphore(semaphore, 5, &previous) == 1 && previous == -2) << previous;
   EXPECT_EQ(WaitForSemaphore(semaphore, INFINITE_WAIT), 0u);
   uint32_t start = GetTickMilliseconds();
   EXPECT_EQ(WaitForSemaphore(semaphore, 17), 0xFFFFFFFFu);  // 2 ms steps, the last one cut short
@@ -226,13 +229,25 @@ TEST(SemaphoreTest, CountStartsAtZeroFollowsPostsAndWaitsAndTimeoutsLastTheirTim
   EXPECT_EQ(semaphore->count.load(), -2);
   CloseSemaphore(semaphore);
   EXPECT_EQ(OwnSemaphores("Sem", true), 1);
-}
-
-TEST(ClockTest, LocalSystemTimeFollowsTheCalendar) {
-  LocalSystemTime now = GetLocalSystemTime(), expected = {};
-  SystemTimeFromUnixTime(&expected, time(nullptr));
-  EXPECT_EQ(now.year * 100 + now.month, expected.year * 100 + expected.month);
-  EXPECT_TRUE(now.dayOfWeek == 0 && now.milliseconds < 1000);
+  ThreadRoutine forever = [](void*) -> void* { return pause(), nullptr; };  // cancelled in pause
+  pthread_t given, self = pthread_self();
+  pthread_t* own = StartThread(nullptr, 0, forever, nullptr, 0, nullptr, nullptr);
+  ASSERT_EQ(StartThread(nullptr, 0, forever, nullptr, 0, nullptr, &given), &given);
+  // A finite timeout cancels, then joins; an endless one only joins, and gives what that gave.
+  EXPECT_EQ(StopThread(own, 0), 0);
+  EXPECT_EQ(StopThread(&given, 5), 0);
+  EXPECT_EQ(StopThread(&self, INFINITE_WAIT), EDEADLK);
+  EXPECT_EQ(StopThread(nullptr, INFINITE_WAIT), -1);
+  std::free(own);
+  setenv("TZ", "UTC", 1);
+  tzset();
+  LocalSystemTime now = GetLocalSystemTime(), then = {1, 2, 5, 4, 5, 6, 7, 777};
+  SystemTimeFromUnixTime(&then, time(nullptr));
+  EXPECT_TRUE(now.year == then.year && now.month == then.month && now.dayOfWeek == 0 &&
+              now.milliseconds < 1000);
+  SystemTimeFromUnixTime(&then, 951868799);  // the last second of a leap day
+  const LocalSystemTime leap = {2000, 2, 0, 29, 23, 59, 59, 777};
+  EXPECT_EQ(std::memcmp(&then, &leap, sizeof(leap)), 0);
 }
 
 }  // namespace
