@@ -51,7 +51,8 @@ int VirtualManagerClient::GetImage(const char* url, void* out, uint32_t* outLeng
     copy = entry->second;
   }
   // The caller's buffer is written outside the lock; its size is the caller's promise.
-  *outLength = sizeof(ImageMapEntry);
+  // outLength is required; a host that passes none still gets no crash, just no length.
+  if (outLength != nullptr) *outLength = sizeof(ImageMapEntry);
   if (out != nullptr) std::memcpy(out, &copy, sizeof(copy));
   return 1;
 }

@@ -46,6 +46,7 @@ TEST_F(ImageMapTest, RecordsOfEverySizeComeBackZeroPadded) {
   uint32_t length = 0;
   EXPECT_EQ(Get(kGet + "k5", nullptr, &length), 1);  // a null out asks for the length only
   EXPECT_EQ(length, 2052u);
+  EXPECT_EQ(client_->GetImage((kGet + "k5").c_str(), nullptr, nullptr), 1);
 }
 
 TEST_F(ImageMapTest, KeysAndRemoval) {
