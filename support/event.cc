@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "support/clock.h"
+#include "support/named_semaphore.h"
 
 namespace vsm {
 
@@ -45,7 +46,7 @@ EventHandle* CreateEvent(void* attributes, int manualReset, int initialState, co
   } else {
     std::strncpy(semName, name, sizeof(semName) - 1);
   }
-  sem_t* sem = sem_open(semName, O_CREAT | O_EXCL, 0666, static_cast<unsigned>(initialState));
+  sem_t* sem = OpenNamedSemaphore(semName, O_CREAT | O_EXCL, static_cast<unsigned>(initialState));
   if (sem == SEM_FAILED) {
     std::printf("CreateEvent sem_open failed %d name %s\n", errno, semName);
     return nullptr;
@@ -59,7 +60,7 @@ EventHandle* OpenEvent(uint32_t access, int inherit, const char* name) {
     std::printf("OpenEvent sem_open failed %d\n", errno);
     return nullptr;
   }
-  sem_t* sem = sem_open(name, 0, 0666, 0);
+  sem_t* sem = OpenNamedSemaphore(name, 0, 0);
   if (sem == SEM_FAILED) {
     std::printf("OpenEvent sem_open failed %d\n", errno);
     return nullptr;
@@ -112,7 +113,7 @@ uint32_t WaitForEvent(EventHandle* handle, uint32_t timeoutMs) {
 
 void CloseEvent(EventHandle* handle) {
   if (handle == nullptr) return;
-  sem_close(handle->sem);
+  CloseNamedSemaphore(handle->sem);
   sem_unlink(handle->name);
   // A no-op on glibc after sem_close; kept because the close sequence has always ended so.
   sem_destroy(handle->sem);

@@ -9,6 +9,7 @@
 
 #include "support/clock.h"
 #include "support/event.h"
+#include "support/named_semaphore.h"
 
 namespace vsm {
 
@@ -31,7 +32,7 @@ SemaphoreHandle* CreateSemaphore(void* attributes, int32_t initialCount, int32_t
     GenerateSemaphoreName(generated);
     name = generated;
   }
-  sem_t* sem = sem_open(name, O_CREAT | O_EXCL, 0666, static_cast<unsigned>(initialCount));
+  sem_t* sem = OpenNamedSemaphore(name, O_CREAT | O_EXCL, static_cast<unsigned>(initialCount));
   if (sem == SEM_FAILED) {
     std::printf("sem_open failed %d\n", errno);
     return nullptr;
@@ -83,7 +84,7 @@ uint32_t WaitForSemaphore(SemaphoreHandle* handle, uint32_t timeoutMs) {
 
 void CloseSemaphore(SemaphoreHandle* handle) {
   if (handle == nullptr) return;
-  sem_close(handle->sem);
+  CloseNamedSemaphore(handle->sem);
   // A no-op on glibc after sem_close; kept because the close sequence has always ended so.
   sem_destroy(handle->sem);
   delete handle;
