@@ -7,8 +7,8 @@ leaves unchanged; Python's 'idna' codec folds case and is no oracle. Exits non-z
 first mismatch.
 """
 import random
-import subprocess
-import sys
+
+from oracle_runner import run_oracle
 
 ASCII = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-"
 SCRIPTS = [[(0xC0, 0x24F)], [(0x391, 0x3C9), (0x410, 0x44F)],
@@ -63,19 +63,7 @@ def cases(rng):
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    checks = list(cases(random.Random(3492)))
-    run = subprocess.run([sys.argv[1]], input="".join(line + "\n" for line, _ in checks),
-                         capture_output=True, text=True, check=True)
-    answers = run.stdout.split("\n")
-    for (line, expected), got in zip(checks, answers):
-        if got != expected:
-            sys.exit("mismatch\n  request:  %s\n  expected: %s\n  got:      %s"
-                     % (line, expected, got))
-    if len(answers) < len(checks):
-        sys.exit("the probe answered %d of %d requests" % (len(answers), len(checks)))
-    print("punycode oracle: %d cases agree" % len(checks))
+    run_oracle("punycode", list(cases(random.Random(3492))))
 
 
 if __name__ == "__main__":

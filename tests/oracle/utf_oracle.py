@@ -7,8 +7,9 @@ forms, which Python refuses, must give the value they spell; bad UTF-16 must sto
 where Python's decoder stops. Exits non-zero at the first mismatch.
 """
 import random
-import subprocess
 import sys
+
+from oracle_runner import run_oracle
 
 RANGES = [(0x20, 0x7E), (0xA0, 0x24F), (0x370, 0x3FF), (0x4E00, 0x9FFF), (0xAC00, 0xD7A3),
           (0xE000, 0xFFFD), (0x10000, 0x1FFFF), (0x1F300, 0x1FAFF), (0x100000, 0x10FFFF)]
@@ -67,19 +68,7 @@ def cases(rng):
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    checks = list(cases(random.Random(20240611)))
-    run = subprocess.run([sys.argv[1]], input="".join(line + "\n" for line, _ in checks),
-                         capture_output=True, text=True, check=True)
-    answers = run.stdout.split("\n")
-    for (line, expected), got in zip(checks, answers):
-        if got != expected:
-            sys.exit("mismatch\n  request:  %s\n  expected: %s\n  got:      %s"
-                     % (line, expected, got))
-    if len(answers) < len(checks):
-        sys.exit("the probe answered %d of %d requests" % (len(answers), len(checks)))
-    print("utf oracle: %d cases agree" % len(checks))
+    run_oracle("utf", list(cases(random.Random(20240611))))
 
 
 if __name__ == "__main__":
