@@ -95,13 +95,18 @@ TEST(HostProgram, StartsWhereItCannotBuildItsTree) {
   TempDir plainLog, readOnly;
   WriteFileBytes(plainLog.Join("log"), "not a folder");
   WriteFileBytes(plainLog.Join("VSConfiguration.ini"), "[VS]\nLogLevel=14\n");
-  RunHost(readOnly.path(), {"--no-start"}, "");  // puts the program in place
+  WriteFileBytes(plainLog.Join("libvsm.so"), ReadFileBytes(VSM_LIBRARY_PATH));
+  // The program and the library go into the folder first: the user "nobody" below may not be able
+  // to reach the build tree.
+  RunHost(readOnly.path(), {"--no-start"}, "");
+  WriteFileBytes(readOnly.Join("libvsm.so"), ReadFileBytes(VSM_LIBRARY_PATH));
   chmod(readOnly.path().c_str(), 0555);
   // Root writes into read-only folders, so as root the program runs as nobody.
   for (const std::string& folder : {plainLog.path(), readOnly.path()}) {
     int status = -1;
-    std::string output = RunHostAs(folder == readOnly.path() && geteuid() == 0 ? 65534 : -1, folder,
-                                   {"{\"id\":\"1\",\"method\":\"ChangePort\"}"}, "", &status);
+    std::string output = RunHostAs(
+        folder == readOnly.path() && geteuid() == 0 ? 65534 : -1, folder,
+        {"--lib", folder + "/libvsm.so", "{\"id\":\"1\",\"method\":\"ChangePort\"}"}, "", &status);
     EXPECT_EQ(status, 0);
     EXPECT_NE(output.find("\"result\" : [ true ]"), std::string::npos) << output;
   }
