@@ -52,6 +52,39 @@ bool IsNumber(const Json::Value& value) {
   return IsIntValue(value) || IsUIntValue(value) || IsRealValue(value);
 }
 
+// The shape the Value... numbers share: a text through `fromText`, a boolean as 1 or 0, a number
+// through `fromNumber`, anything else (and a null pointer) 0.
+template <typename T, typename FromText, typename FromNumber>
+T NumberOf(const Json::Value* value, FromText fromText, FromNumber fromNumber) {
+  if (value == nullptr) return T(0);
+  switch (value->type()) {
+    case Json::stringValue:
+      return static_cast<T>(fromText(*value));
+    case Json::booleanValue:
+      return value->asBool() ? T(1) : T(0);
+    case Json::realValue:
+    case Json::intValue:
+    case Json::uintValue:
+      return static_cast<T>(fromNumber(*value));
+    default:
+      return T(0);
+  }
+}
+
+// The shape ReadShort, ReadUInt and ReadDouble share: texts and numbers are accepted; anything
+// else, booleans included, stores `fallback` and gives false.
+template <typename T, typename FromText, typename FromNumber>
+bool ReadNumber(const Json::Value* value, T* out, T fallback, FromText fromText,
+                FromNumber fromNumber) {
+  if (out == nullptr) return false;
+  if (value != nullptr && (IsStringValue(*value) || IsNumber(*value))) {
+    *out = static_cast<T>(IsStringValue(*value) ? fromText(*value) : fromNumber(*value));
+    return true;
+  }
+  *out = fallback;
+  return false;
+}
+
 }  // namespace
 
 bool ValueText(const Json::Value* value, std::string* out) {
@@ -101,49 +134,21 @@ bool ValueCString(const Json::Value* value, std::string* out) {
 }
 
 int16_t ValueShort(const Json::Value* value) {
-  if (value == nullptr) return 0;
-  switch (value->type()) {
-    case Json::stringValue:
-      return static_cast<int16_t>(TextToLong(*value));
-    case Json::booleanValue:
-      return value->asBool() ? 1 : 0;
-    case Json::realValue:
-    case Json::intValue:
-    case Json::uintValue:
-      return static_cast<int16_t>(NumberAsInt32(*value));
-    default:
-      return 0;
-  }
+  return NumberOf<int16_t>(
+      value, [](const Json::Value& v) { return static_cast<int16_t>(TextToLong(v)); },
+      [](const Json::Value& v) { return static_cast<int16_t>(NumberAsInt32(v)); });
 }
 
 bool ReadShort(const Json::Value* value, uint16_t* out) {
-  if (out == nullptr) return false;
-  if (value != nullptr && IsStringValue(*value)) {
-    *out = static_cast<uint16_t>(TextToLong(*value));
-    return true;
-  }
-  if (value != nullptr && IsNumber(*value)) {
-    *out = static_cast<uint16_t>(NumberAsInt32(*value));
-    return true;
-  }
-  *out = 65535;
-  return false;
+  return ReadNumber<uint16_t>(
+      value, out, 65535, [](const Json::Value& v) { return static_cast<uint16_t>(TextToLong(v)); },
+      [](const Json::Value& v) { return static_cast<uint16_t>(NumberAsInt32(v)); });
 }
 
 int32_t ValueInt(const Json::Value* value) {
-  if (value == nullptr) return 0;
-  switch (value->type()) {
-    case Json::stringValue:
-      return static_cast<int32_t>(TextToLong(*value));
-    case Json::booleanValue:
-      return value->asBool() ? 1 : 0;
-    case Json::realValue:
-    case Json::intValue:
-    case Json::uintValue:
-      return NumberAsInt32(*value);
-    default:
-      return 0;
-  }
+  return NumberOf<int32_t>(
+      value, [](const Json::Value& v) { return static_cast<int32_t>(TextToLong(v)); },
+      NumberAsInt32);
 }
 
 bool ReadInt(const Json::Value* value, int32_t* out) {
@@ -176,63 +181,23 @@ int64_t ValueInt64(const Json::Value* value) {
 }
 
 uint32_t ValueUInt(const Json::Value* value) {
-  if (value == nullptr) return 0;
-  switch (value->type()) {
-    case Json::stringValue:
-      return static_cast<uint32_t>(TextToLong(*value));
-    case Json::booleanValue:
-      return value->asBool() ? 1 : 0;
-    case Json::realValue:
-    case Json::intValue:
-    case Json::uintValue:
-      return NumberAsUInt32(*value);
-    default:
-      return 0;
-  }
+  return NumberOf<uint32_t>(
+      value, [](const Json::Value& v) { return static_cast<uint32_t>(TextToLong(v)); },
+      NumberAsUInt32);
 }
 
 bool ReadUInt(const Json::Value* value, uint32_t* out) {
-  if (out == nullptr) return false;
-  if (value != nullptr && IsStringValue(*value)) {
-    *out = static_cast<uint32_t>(TextToLong(*value));
-    return true;
-  }
-  if (value != nullptr && IsNumber(*value)) {
-    *out = NumberAsUInt32(*value);
-    return true;
-  }
-  *out = 0;
-  return false;
+  return ReadNumber<uint32_t>(
+      value, out, 0, [](const Json::Value& v) { return static_cast<uint32_t>(TextToLong(v)); },
+      NumberAsUInt32);
 }
 
 double ValueDouble(const Json::Value* value) {
-  if (value == nullptr) return 0.0;
-  switch (value->type()) {
-    case Json::stringValue:
-      return TextToDouble(*value);
-    case Json::booleanValue:
-      return value->asBool() ? 1.0 : 0.0;
-    case Json::realValue:
-    case Json::intValue:
-    case Json::uintValue:
-      return NumberAsDouble(*value);
-    default:
-      return 0.0;
-  }
+  return NumberOf<double>(value, TextToDouble, NumberAsDouble);
 }
 
 bool ReadDouble(const Json::Value* value, double* out) {
-  if (out == nullptr) return false;
-  if (value != nullptr && IsStringValue(*value)) {
-    *out = TextToDouble(*value);
-    return true;
-  }
-  if (value != nullptr && IsNumber(*value)) {
-    *out = NumberAsDouble(*value);
-    return true;
-  }
-  *out = 0.0;
-  return false;
+  return ReadNumber<double>(value, out, 0.0, TextToDouble, NumberAsDouble);
 }
 
 float ValueFloat(const Json::Value* value) { return Narrow(ValueDouble(value)); }
