@@ -52,11 +52,10 @@ int GetPorts(unsigned char secondPort, unsigned int* out);
 /* Runs one command. `mustBeZero` other than 0 ends the call with 0. `url`, `text` and `origin`
  * must not be null (a null one raises std::logic_error through this call). The answer goes to
  * `sendBackHandle` once; the result is its byte, or 0 when no answer could be sent. */
-int DistributeCommand(unsigned int sendBackKey, unsigned long long sendBackContext,
-                      int mustBeZero, const char* url, const char* text, const void* body,
-                      unsigned int bodyLength, unsigned int clientSupported,
-                      SendBackCallback sendBackHandle, unsigned int clientSocket,
-                      const char* origin, unsigned long long hostValue1,
+int DistributeCommand(unsigned int sendBackKey, unsigned long long sendBackContext, int mustBeZero,
+                      const char* url, const char* text, const void* body, unsigned int bodyLength,
+                      unsigned int clientSupported, SendBackCallback sendBackHandle,
+                      unsigned int clientSocket, const char* origin, unsigned long long hostValue1,
                       unsigned long long hostValue2, unsigned long long hostValue3);
 
 /* Copies the 2052-byte record stored under the GUID of `url` ("/GetEncryptedImageMap?...GUID=")

@@ -5,6 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
+scripts/check-format.sh
 
 builds=${VSM_TEST_BUILDS:-"release asan tsan"}
 jobs=$(nproc)

@@ -32,7 +32,8 @@ struct Exchange {
 };
 
 TEST_F(CommandExchange, AnswersByteForByte) {
-  const std::string failed = "{\n   \"description\" : \"Function not found\",\n   \"exception\" : -2200,\n   \"id\" : \"";
+  const std::string failed =
+      "{\n   \"description\" : \"Function not found\",\n   \"exception\" : -2200,\n   \"id\" : \"";
   // clang-format off
   const Exchange exchanges[] = {
       {"/vsm/", "{\"id\":\"1\",\"cmdId\":\"17\",\"method\":\"ChangePort\",\"parameter\":[\"a\"]}",

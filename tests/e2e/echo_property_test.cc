@@ -73,8 +73,9 @@ TEST(EchoProperty, ChangePortEchoesGeneratedParametersExactly) {
     }
     result += oneLine ? " ]" : "   ]";
     const Value id = Generate(random, true);
-    const std::string command = "{\"cmdId\":\"" + std::to_string(round) + "\",\"method\":" +
-                                "\"ChangePort\",\"id\":" + id.json + ",\"parameter\":[" + list + "]}";
+    const std::string command = "{\"cmdId\":\"" + std::to_string(round) +
+                                "\",\"method\":" + "\"ChangePort\",\"id\":" + id.json +
+                                ",\"parameter\":[" + list + "]}";
     ASSERT_EQ(Send(command).Text(), "{\n   \"id\" : " + id.written + ",\n   \"method\" : " +
                                         "\"ChangePort\",\n   \"result\" : " + result +
                                         ",\n\t\"cmdId\" : \"" + std::to_string(round) + "\"\n}\n")

@@ -21,12 +21,12 @@ Library Load() {
     ADD_FAILURE() << "cannot load " << VSM_LIBRARY_PATH << ": " << dlerror();
     return library;
   }
-#define VSM_BIND(name)                                                               \
+#define VSM_BIND(name)                                                           \
   library.name = reinterpret_cast<decltype(library.name)>(dlsym(handle, #name)); \
   if (library.name == nullptr) ADD_FAILURE() << "libvsm.so exports no " #name;
   VSM_EXPORTS(VSM_BIND)
 #undef VSM_BIND
-              return library;
+  return library;
 }
 
 }  // namespace

@@ -13,9 +13,11 @@
 namespace vsm::e2e {
 
 // The ten exports, in one list for the struct and for the loader.
-#define VSM_EXPORTS(X)                                                                      \
+// clang-format off
+#define VSM_EXPORTS(X) \
   X(DoAction) X(CloseWebSocket) X(GetWaitTimeout) X(GetAlias) X(GetVersionDesc) X(GetPorts) \
   X(DistributeCommand) X(GetImage) X(SetImage) X(Reserved)
+// clang-format on
 
 struct Library {
 #define VSM_FIELD(name) decltype(&::name) name = nullptr;
