@@ -3,7 +3,11 @@
 # .clang-format, and names the files. Run scripts/check-format.sh --fix to format them.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-mapfile -t files < <(git ls-files '*.cc' '*.h' '*.c')
+if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
+  mapfile -t files < <(git ls-files '*.cc' '*.h' '*.c')
+else
+  mapfile -t files < <(find . -path ./build -prune -o -type f \( -name '*.cc' -o -name '*.h' -o -name '*.c' \) -print)
+fi
 if [ "${1:-}" = "--fix" ]; then
   clang-format -i "${files[@]}"
   exit 0
