@@ -1,0 +1,12 @@
+// The subcommands vsmkit knows, one per kit that no export reaches. Each lives in a file of its
+// own (bigint_command.cc, ...) and is listed once in vsmkit.cc.
+#ifndef VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_
+#define VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_
+
+#include "kit_command.h"
+
+namespace vsmkit {
+
+}  // namespace vsmkit
+
+#endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_
