@@ -7,6 +7,11 @@
 
 namespace vsmkit {
 
+extern const char kZlibUsage[];
+int RunZlib(const Arguments& arguments);
+extern const char kUnzipUsage[];
+int RunUnzip(const Arguments& arguments);
+
 }  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_
