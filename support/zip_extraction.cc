@@ -123,7 +123,7 @@ int MiniunzExtract(char* context, const char* zipPath, const char* folder) {
   return result == UNZ_OK ? 1 : 0;
 }
 
-int do_extract(char* context, unzFile file, int withoutPath, int overwrite, const char* password) {
+int ForEachZipEntry(char* context, unzFile file, const std::function<int()>& visit) {
   unz_global_info64 global;
   ZPOS64_T count = 0;
   const int infoResult = unzGetGlobalInfo64(file, &global);
@@ -133,7 +133,7 @@ int do_extract(char* context, unzFile file, int withoutPath, int overwrite, cons
     count = global.number_entry;
   }
   for (ZPOS64_T i = 0; i < count; ++i) {
-    const int result = do_extract_currentfile(context, file, &withoutPath, &overwrite, password);
+    const int result = visit();
     if (result != UNZ_OK) return result;
     if (i + 1 < count) {
       const int next = unzGoToNextFile(file);
@@ -144,6 +144,12 @@ int do_extract(char* context, unzFile file, int withoutPath, int overwrite, cons
     }
   }
   return UNZ_OK;
+}
+
+int do_extract(char* context, unzFile file, int withoutPath, int overwrite, const char* password) {
+  return ForEachZipEntry(context, file, [&] {
+    return do_extract_currentfile(context, file, &withoutPath, &overwrite, password);
+  });
 }
 
 int do_extract_currentfile(char* context, unzFile file, const int* withoutPath, int* overwrite,

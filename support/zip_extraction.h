@@ -18,6 +18,7 @@
 #include <minizip/unzip.h>
 
 #include <cstddef>
+#include <functional>
 
 namespace vsm {
 
@@ -35,10 +36,15 @@ void ReportMessage(char* context, const char* format, ...) __attribute__((format
 // "Cannot open %s or %s.zip", "Error changing into %s", or the last entry error.
 int MiniunzExtract(char* context, const char* zipPath, const char* folder);
 
+// Calls `visit` for each entry of `file` in order, the entry being the current one. A count that
+// can't be read is reported and taken as no entries. A non-zero result of `visit` ends the walk
+// and is the result; so is a failed step to the next entry, which is reported. Otherwise 0.
+int ForEachZipEntry(char* context, unzFile file, const std::function<int()>& visit);
+
 // Extracts the entries of `file` in order, stopping at the first entry that gives a non-zero
 // result, which is then the result. `withoutPath` puts every file into the working directory
 // under its bare name and makes no folders. `overwrite` is not looked at: files in the way are
-// always replaced. A count that can't be read is reported and treated as no entries.
+// always replaced.
 int do_extract(char* context, unzFile file, int withoutPath, int overwrite, const char* password);
 // Extracts the current entry of `file`. A name ending in '/' or '\' is a folder: it is made
 // (unless `*withoutPath`), and nothing else happens. A file's missing folders are made when the

@@ -33,17 +33,9 @@ const char* MethodWord(const unz_file_info64& info) {
 }  // namespace
 
 int do_list(char* context, unzFile file) {
-  unz_global_info64 global;
-  ZPOS64_T count = 0;
-  const int infoResult = unzGetGlobalInfo64(file, &global);
-  if (infoResult != UNZ_OK) {
-    ReportMessage(context, "Error %d with zipfile in GetGlobalInfo \r\n", infoResult);
-  } else {
-    count = global.number_entry;
-  }
   ReportMessage(context, "  Length  Method     Size Ratio   Date    Time   CRC-32     Name\r\n");
   ReportMessage(context, "  ------  ------     ---- -----   ----    ----   ------     ----\r\n");
-  for (ZPOS64_T i = 0; i < count; ++i) {
+  return ForEachZipEntry(context, file, [&] {
     char name[kZipEntryNameSize] = {0};
     unz_file_info64 info;
     const int result =
@@ -65,15 +57,8 @@ int do_list(char* context, unzFile file) {
         static_cast<unsigned long>(date.tm_mday), static_cast<unsigned long>(date.tm_year) % 100,
         static_cast<unsigned long>(date.tm_hour), static_cast<unsigned long>(date.tm_min), info.crc,
         name);
-    if (i + 1 < count) {
-      const int next = unzGoToNextFile(file);
-      if (next != UNZ_OK) {
-        ReportMessage(context, "Error %d with zipfile in GoToNextFile\r\n", next);
-        return next;
-      }
-    }
-  }
-  return UNZ_OK;
+    return UNZ_OK;
+  });
 }
 
 int do_extract_onefile(char* context, unzFile file, const char* name, int withoutPath,

@@ -43,12 +43,9 @@ uint8_t* CZlibWrapper::Uncompress(const uint8_t* source, int64_t sourceSize,
     std::free(target);
     return nullptr;
   }
-  if (inflate(&stream, Z_FINISH) != Z_STREAM_END) {
-    inflateEnd(&stream);
-    std::free(target);
-    return nullptr;
-  }
-  if (inflateEnd(&stream) != Z_OK) {
+  // The stream must end within the block: a target that is too small is a failure.
+  const bool finished = inflate(&stream, Z_FINISH) == Z_STREAM_END;
+  if (inflateEnd(&stream) != Z_OK || !finished) {
     std::free(target);
     return nullptr;
   }
@@ -74,15 +71,11 @@ uint8_t* CZlibWrapper::Compress(const uint8_t* source, uint64_t sourceSize, int 
   stream.next_in = const_cast<Bytef*>(source);
   stream.avail_in = static_cast<uInt>(sourceSize);
   stream.next_out = work;
-  // The work size stays below 0x10500000B for the largest source, so it is cut only for sources
-  // near 4 GiB, where the stream then simply doesn't fit.
+  // The work size passes 32 bits only for sources within a few MiB of 4 GiB; the room is then
+  // cut to 32 bits, and a stream that doesn't fit fails like any other.
   stream.avail_out = static_cast<uInt>(workSize > kLargestBlock ? kLargestBlock : workSize);
-  if (deflate(&stream, Z_FINISH) != Z_STREAM_END) {
-    deflateEnd(&stream);
-    std::free(work);
-    return nullptr;
-  }
-  if (deflateEnd(&stream) != Z_OK) {
+  const bool finished = deflate(&stream, Z_FINISH) == Z_STREAM_END;
+  if (deflateEnd(&stream) != Z_OK || !finished) {
     std::free(work);
     return nullptr;
   }
