@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -24,10 +22,13 @@ class RequestTest : public ::testing::Test {
  protected:
   std::unique_ptr<HttpParamRequest> Make(const std::string& command, uint32_t key = 1,
                                          SendBackCallback callback = &CaptureAnswer) {
-    uint8_t* body = static_cast<uint8_t*>(std::malloc(3));
-    std::memcpy(body, "ABC", 3);
-    return std::make_unique<HttpParamRequest>(key, capture_.Context(), command, 1, 9, "origin",
-                                              &DirectThunk, callback, 1, 2, 3, body, 3, 1);
+    HostCall call;
+    call.sendBackKey = key;
+    call.sendBackContext = capture_.Context();
+    call.sendBackHandle = callback;
+    call.origin = "origin";
+    return std::make_unique<HttpParamRequest>(call, command, &DirectThunk,
+                                              ByteBlock::CopyOf("ABC", 3), 1);
   }
   AnswerCapture capture_;
 };
