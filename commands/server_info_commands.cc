@@ -47,7 +47,7 @@ void ManagerClient::SetServerInfo(HttpParamRequest* request) {
   if (!ValueText(parameters[0], &host) || !ReadInt(parameters[1], &vsmPort) ||
       !ReadInt(parameters[2], &vsmSslPort) || !ReadInt(parameters[3], &qptPort) ||
       !ReadInt(parameters[4], &qptSslPort)) {
-    ReplyParameterType(request);
+    ReplyRawParameterTypeError(request);
     return;
   }
   WriteDefaultConfigValue("Server", host.c_str(), nullptr);
@@ -72,7 +72,7 @@ void ManagerClient::CheckQPTPort(HttpParamRequest* request) {
   int32_t firstPort = -1, secondPort = -1;
   if (!ValueText(parameters[0], &host) || !ReadInt(parameters[1], &firstPort) ||
       !ReadInt(parameters[2], &secondPort)) {
-    ReplyParameterType(request);
+    ReplyRawParameterTypeError(request);
     return;
   }
   bool free = !IsPortInUse(static_cast<uint16_t>(firstPort), host) &&
