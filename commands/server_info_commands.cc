@@ -26,7 +26,7 @@ int32_t PortOrMissing(const PortTable& table, const char* alias) {
 
 void ManagerClient::GetServerInfo(HttpParamRequest* request) {
   SetError(0, kDefaultErrorText);
-  const std::string host = ReadDefaultConfigValue("Server", nullptr, nullptr);
+  const std::string host = ReadConfigKey(kServerKey);
   PortTable sslPorts;
   PortTable plainPorts;
   LoadSslPortTable(&sslPorts, false);
@@ -50,7 +50,7 @@ void ManagerClient::SetServerInfo(HttpParamRequest* request) {
     ReplyRawParameterTypeError(request);
     return;
   }
-  WriteDefaultConfigValue("Server", host.c_str(), nullptr);
+  WriteConfigKey(kServerKey, host.c_str());
   SetPlainPortOf(static_cast<uint32_t>(qptPort), kScanningModuleAlias);
   SetSslPortOf(static_cast<uint32_t>(qptSslPort), kScanningModuleAlias);
   SetPlainPortOf(static_cast<uint32_t>(vsmPort), kModuleAlias);
