@@ -107,6 +107,9 @@ TEST_F(RequestTest, SendBackHandsTheLastBinaryOverOnce) {
   EXPECT_EQ(capture_.answers[0].binary, "pq");
   EXPECT_FALSE(capture_.answers[1].hasBinary);
   EXPECT_EQ(capture_.answers[1].text, capture_.answers[0].text);
+  request->SetResult(true, "", 0, 0, "");  // an empty block is still a block
+  request->SendBack();
+  EXPECT_TRUE(capture_.answers[2].hasBinary && capture_.answers[2].binary.empty());
 }
 
 TEST_F(RequestTest, SendBackNeedsAKeyAndACallbackAndWidensTheByte) {
