@@ -22,11 +22,7 @@ class RequestTest : public ::testing::Test {
  protected:
   std::unique_ptr<HttpParamRequest> Make(const std::string& command, uint32_t key = 1,
                                          SendBackCallback callback = &CaptureAnswer) {
-    HostCall call;
-    call.sendBackKey = key;
-    call.sendBackContext = capture_.Context();
-    call.sendBackHandle = callback;
-    call.origin = "origin";
+    const HostCall call{key, capture_.Context(), nullptr, 0, 1, callback, 9, "origin"};
     return std::make_unique<HttpParamRequest>(call, command, &DirectThunk,
                                               ByteBlock::CopyOf("ABC", 3), 1);
   }

@@ -60,11 +60,7 @@ TEST(WaitValue, CountsIdlenessFromTheLastCommandOrAnswer) {
   EXPECT_EQ(client->GetWaitValue(), 1);  // never saw a command
   testing::AnswerCapture capture;
   auto route = [&](const char* url) {
-    HostCall call;
-    call.sendBackKey = 1;
-    call.sendBackContext = capture.Context();
-    call.clientSupported = 1;
-    call.sendBackHandle = &testing::CaptureAnswer;
+    const HostCall call{1, capture.Context(), nullptr, 0, 1, &testing::CaptureAnswer};
     return client->RouteCommand(call, url, "{\"method\":\"ChangePort\"}", ByteBlock());
   };
   fakeNow = 1000;

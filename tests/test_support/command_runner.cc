@@ -16,13 +16,8 @@ CommandOutcome RunCommandText(const std::string& text, const std::string& origin
                               unsigned sendBackKey) {
   AnswerCapture capture;
   CommandOutcome outcome;
-  HostCall call;
-  call.sendBackKey = sendBackKey;
-  call.sendBackContext = capture.Context();
-  call.clientSupported = clientSupported;
-  call.sendBackHandle = &CaptureAnswer;
-  call.clientSocket = 5;
-  call.origin = origin.c_str();
+  const HostCall call{sendBackKey,     capture.Context(), nullptr, 0,
+                      clientSupported, &CaptureAnswer,    5,       origin.c_str()};
   outcome.result = DistributeCommandCall(0, url.c_str(), text.c_str(), call);
   outcome.answers = capture.answers;
   return outcome;
