@@ -124,10 +124,10 @@ TEST_P(UpdateFlowTest, AnswersAndLeavesTheFolderAsExpected) {
 
   ManagerClient client;
   HttpParamRequest request(
-      1, 0,
+      HostCall{1},
       "{\"id\":\"1\",\"method\":\"UpdateService\"" +
           (s.parameter.empty() ? "" : ",\"parameter\":[\"" + s.parameter + "\"]") + "}",
-      1, 0, "", nullptr, nullptr, 0, 0, 0, nullptr, 0, 0);
+      nullptr, ByteBlock(), 0);
   ServiceUpdateFlow(&client).UpdateService(&request);
 
   const std::string text = Replace(s.text, "%R", root);
@@ -206,10 +206,10 @@ TEST(UpdateFlowCompanions, OnlyTheLeadingNumberOfAVersionCounts) {
   EXPECT_TRUE(flow.VerifyUpdateFolder("any/folder\\\\"));
 
   // The package path is built in a 1024-byte buffer; a longer one ends the process.
-  HttpParamRequest request(1, 0,
+  HttpParamRequest request(HostCall{1},
                            "{\"id\":\"1\",\"method\":\"UpdateService\",\"parameter\":[\"1" +
                                std::string(1100, 'x') + "\"]}",
-                           1, 0, "", nullptr, nullptr, 0, 0, 0, nullptr, 0, 0);
+                           nullptr, ByteBlock(), 0);
   EXPECT_DEATH(flow.UpdateService(&request), "overflows a buffer of 1024 bytes");
 }
 
