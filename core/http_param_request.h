@@ -92,9 +92,10 @@ class HttpParamRequest {
                       int32_t code, const std::string& description);
   void Encode(bool asEvent, int32_t code, const std::string& description);
 
-  uint64_t hostValue1_;
-  uint64_t hostValue2_;
-  uint64_t hostValue3_;
+  // The host's three values are kept with the request and never read: they are the host's.
+  [[maybe_unused]] uint64_t hostValue1_;
+  [[maybe_unused]] uint64_t hostValue2_;
+  [[maybe_unused]] uint64_t hostValue3_;
   uint32_t sendBackKey_;
   uint64_t sendBackContext_;
   std::string command_;

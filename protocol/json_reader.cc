@@ -1,6 +1,7 @@
 #include "protocol/json_reader.h"
 
 #include <cstdint>
+#include <cstring>
 #include <sstream>
 #include <vector>
 
@@ -302,6 +303,9 @@ class ClassicReader {
       if (tokenName.type == kObjectEnd && name.empty()) return true;
       name.clear();
       if (tokenName.type != kString || !DecodeString(tokenName, &name)) return false;
+      // Member names are C strings, as the classic library kept them: "a\u0000b" names the
+      // member "a". Otherwise two members would write out under one name.
+      name.resize(std::strlen(name.c_str()));
       Token colon;
       if (!ReadToken(&colon) || colon.type != kMemberSeparator) return false;
       nodes_.push_back(&CurrentValue()[name]);

@@ -3,9 +3,10 @@
 // ParseJsonText reads a text with the grammar of JsonCpp's classic Json::Reader, which the
 // protocol has always used: any JSON value at the root (not only objects), text after the first
 // complete value ignored, comments tolerated, no trailing commas, no "+" before a number, no
-// byte-order mark skipped, a NUL byte read as the end of the text. Positive integers up to
-// 2147483647 and all negative integers are stored as signed, larger positive ones as unsigned, and
-// numbers beyond 64 bits as reals.
+// byte-order mark skipped, a NUL byte read as the end of the text. Member names are C strings,
+// cut at their first NUL byte: "a\u0000b" names the member "a", and a later member of that name
+// wins. Positive integers up to 2147483647 and all negative integers are stored as signed,
+// larger positive ones as unsigned, and numbers beyond 64 bits as reals.
 //
 // Unlike the library's reader, it never throws: any failure, including nesting too deep to
 // parse safely, makes the result false and leaves `root` null. The nesting limit counts the

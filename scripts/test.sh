@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Runs every test: the whole suite in a plain build and under AddressSanitizer with
-# UndefinedBehaviorSanitizer, and the concurrency tests under ThreadSanitizer.
+# UndefinedBehaviorSanitizer, the concurrency tests under ThreadSanitizer, and every fuzz target
+# for 20 seconds.
 # VSM_TEST_BUILDS narrows the set, e.g. VSM_TEST_BUILDS="release" for a quick run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 scripts/check-format.sh
 
-builds=${VSM_TEST_BUILDS:-"release asan tsan"}
+builds=${VSM_TEST_BUILDS:-"release asan tsan fuzz"}
 jobs=$(nproc)
 
 for build in $builds; do
@@ -27,6 +28,9 @@ for build in $builds; do
       scripts/build.sh build/tsan -DVSM_SANITIZE=thread -DVSM_ONLY_CONCURRENCY_TESTS=ON
       TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
         ctest --test-dir build/tsan --output-on-failure -j "$jobs" -L concurrency
+      ;;
+    fuzz)
+      scripts/fuzz.sh 20
       ;;
     *)
       echo "unknown build: $build" >&2

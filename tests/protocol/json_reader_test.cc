@@ -61,6 +61,26 @@ TEST(JsonReader, KeepsTheGrammarItAlwaysHad) {
   }
 }
 
+// Names were C strings in the classic library: a NUL byte, raw or escaped, ends a member name,
+// and the writer, which writes names as C strings, then meets each name once.
+TEST(JsonReader, CutsMemberNamesAtTheirFirstNulByte) {
+  using namespace std::string_literals;
+  const std::pair<std::string, std::string> rows[] = {
+      {R"({"a\u0000b":1,"a\u0000c":2})", "{\n   \"a\" : 2\n}\n"},
+      {"{\"id\":\"1\",\"cmdG\0\0{d\":\"1\",\"cmdG\0a\":[\"a\"]}"s,
+       "{\n   \"cmdG\" : [ \"a\" ],\n   \"id\" : \"1\"\n}\n"},
+      {R"({"\u0000x":{"k\u0000":1,"k":2}})", "{\n   \"\" : {\n      \"k\" : 2\n   }\n}\n"},
+  };
+  for (const auto& [text, styled] : rows) {
+    Json::Value root;
+    ASSERT_TRUE(ParseJsonText(text, &root, false)) << text;
+    EXPECT_EQ(StyledWrite(root), styled) << text;
+    Json::Value again;
+    ASSERT_TRUE(ParseJsonText(styled, &again, false));
+    EXPECT_EQ(StyledWrite(again), styled);
+  }
+}
+
 // A random JSON text of tokens, blanks and comments, nested up to six levels; mostly well-formed.
 std::string RandomValue(std::mt19937& random, int depth) {
   static const std::vector<std::string> kPieces = [] {
