@@ -21,6 +21,7 @@ inline void FillRandom(CImage& image, int32_t width, int32_t height, uint32_t bi
     return levels == 0 ? random() & 0xFF : random() % levels * 255 / (levels > 1 ? levels - 1 : 1);
   };
   CImage blank;
+  image.Destroy();  // Create doesn't release an old block
   image.Create(width, height, blank.GetInfo(), bits);
   ImageInfo* info = image.GetInfo();
   for (uint32_t i = 0; i < info->colorsUsed; ++i) image.StorePaletteRgb(i, byte(), byte(), byte());
