@@ -5,6 +5,12 @@
 
 #include "kit_command.h"
 
-namespace vsmkit {}  // namespace vsmkit
+namespace vsmkit {
+
+// vsmkit image OP IN.bmp [OUT.bmp] ARG...: one operation of the image kit on a BMP file.
+int RunImage(const Arguments& arguments);
+const char* ImageUsage();
+
+}  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

@@ -14,7 +14,7 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
-    {nullptr, nullptr, nullptr},
+    {"image", ImageUsage(), RunImage},
 };
 
 void PrintHelp(FILE* out) {
