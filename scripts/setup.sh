@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 procps
   clang libclang-rt-14-dev
+  python3-numpy python3-pil libvips-dev
 )
 
 missing=()
