@@ -169,7 +169,11 @@ class Writer {
   void WriteIndent() {
     if (!document_.empty()) {
       char last = document_.back();
-      if (last == ' ') return;  // already indented, behind " : " or an opening indent
+      // Behind " : " or an opening indent the line is already indented. A line comment that
+      // ends the document, though, runs to the end of its line whatever its last character:
+      // what follows must start a new line, or it would read as part of the comment.
+      const bool afterLineComment = document_.size() == lineCommentEnd_;
+      if (last == ' ' && !afterLineComment) return;
       if (last != '\n') document_ += '\n';
     }
     document_ += indentString_;
@@ -198,7 +202,9 @@ class Writer {
   void WriteCommentAfterValueOnSameLine(const Json::Value& value) {
     if (value.hasComment(Json::commentAfterOnSameLine)) {
       document_ += ' ';
-      document_ += value.getComment(Json::commentAfterOnSameLine);
+      const std::string comment = value.getComment(Json::commentAfterOnSameLine);
+      document_ += comment;
+      if (comment.compare(0, 2, "//") == 0) lineCommentEnd_ = document_.size();
     }
     if (value.hasComment(Json::commentAfter)) {
       document_ += '\n';
@@ -208,6 +214,8 @@ class Writer {
   }
 
   std::string document_;
+  // The document's length just behind the last line comment written on a value's line.
+  size_t lineCommentEnd_ = std::string::npos;
   std::string indentString_;
   std::vector<std::string> childValues_;
   bool addChildValues_ = false;

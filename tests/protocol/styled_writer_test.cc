@@ -43,7 +43,12 @@ TEST(StyledWriter, WritesExactBytes) {
       {"{\"a\":1 // same line\n}", "{\n   \"a\" : 1 // same line\n}\n"},
       {"// before\n[1]", "\n// before\n[ 1 ]\n"},
       // A comment spreads its array; one on the line of the element before belongs to it.
-      {"[1, /* c */ 2]", "[\n   1, /* c */\n   2\n]\n"}};
+      {"[1, /* c */ 2]", "[\n   1, /* c */\n   2\n]\n"},
+      // A line comment ends its line also when it ends in a blank or in " : ", which elsewhere
+      // mean that the line is already indented.
+      {"[1 // ends in a blank \n]", "[\n   1 // ends in a blank \n]\n"},
+      {"{\"a\":1 // x : \n,\"b\":[2, // y \n3]}",
+       "{\n   \"a\" : 1, // x : \n   \"b\" : [\n      2, // y \n      3\n   ]\n}\n"}};
   for (const auto& [json, expected] : rows) EXPECT_EQ(Rewrite(json), expected) << json;
   EXPECT_EQ(StyledWrite(Json::Value(std::string("x\0y", 3))), "\"x\"\n");
   EXPECT_EQ(FormatReal(INFINITY), "inf");
