@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -185,6 +186,60 @@ TEST(FileTreeTest, DeleteTreePrintsEachEntryAndStopsAtWhatItCannotDelete) {
   EXPECT_EQ(results, Unprivileged() ? "1 1 0" : "1 1 1");
   EXPECT_EQ(Tree(dir), Unprivileged() ? "l/ outside/ outside/kept ro/ ro/sub/ ro/sub/f"
                                       : "l/ outside/ outside/kept");
+}
+
+// "path mode" for every entry below `root`, links not followed, sorted.
+std::string Modes(const std::string& root) {
+  std::vector<std::string> lines;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    struct stat info;
+    lstat(entry.path().c_str(), &info);
+    char mode[16];
+    std::snprintf(mode, sizeof(mode), " %o", static_cast<unsigned>(info.st_mode & 07777));
+    lines.push_back(entry.path().string().substr(root.size()) + mode);
+  }
+  std::sort(lines.begin(), lines.end());
+  std::string joined;
+  for (const std::string& line : lines) joined += line + "\n";
+  return joined;
+}
+
+TEST(FileTreeTest, ChangeTreeModeLeavesTheModesOfChmodRecursiveAndFollowsNoLink) {
+  TempDir dir;
+  // The same tree twice, one for the system's chmod and one for ChangeTreeMode; the links in
+  // both point at folders and files outside, whose modes must stay.
+  Build(dir, {"out/", "out/f", "out/d/", "out/d/g"});
+  for (const char* tree : {"chmod", "ours"}) {
+    const std::string t = std::string(tree) + "/";
+    Build(dir, {t, t + "f", t + "s", t + "g/", t + "g/f", t + "k/", t + "z/", t + "z/f", t + "a/",
+                t + "a/b/", t + "a/b/c/", t + "a/b/c/f"});
+    // clang-format off
+    const std::pair<std::string, mode_t> modes[] = {{t + "f", 0600}, {t + "s", 06755},
+        {t + "g/f", 0}, {t + "g", 02750}, {t + "k", 01700}, {t + "z/f", 0644}, {t + "z", 0}};
+    // clang-format on
+    for (const auto& [name, mode] : modes) ASSERT_EQ(chmod(dir.Join(name).c_str(), mode), 0);
+    ASSERT_EQ(symlink(dir.Join("out/f").c_str(), dir.Join(t + "to file").c_str()), 0);
+    ASSERT_EQ(symlink(dir.Join("out/d").c_str(), dir.Join(t + "a/to folder").c_str()), 0);
+  }
+  ASSERT_EQ(chmod(dir.Join("out/f").c_str(), 0600) + chmod(dir.Join("out/d").c_str(), 0700), 0);
+  const std::string outside = Modes(dir.Join("out"));
+  pid_t child = fork();
+  if (child == 0) {
+    execlp("chmod", "chmod", "777", "-R", dir.Join("chmod").c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+  EXPECT_EQ(ChangeTreeMode((dir.Join("ours") + "//").c_str(), 0777), 1);
+  EXPECT_EQ(Modes(dir.Join("ours")), Modes(dir.Join("chmod")));
+  // A link at the top is not followed either, unlike chmod's; missing paths fail.
+  ASSERT_EQ(symlink(dir.Join("out").c_str(), dir.Join("top").c_str()), 0);
+  EXPECT_EQ(Results({ChangeTreeMode(dir.Join("top/").c_str(), 0777),
+                     ChangeTreeMode(dir.Join("none").c_str(), 0777), ChangeTreeMode("", 0777),
+                     ChangeTreeMode(nullptr, 0777)}),
+            "1 0 0 0");
+  EXPECT_EQ(Modes(dir.Join("out")), outside);
 }
 
 TEST(FileTreeTest, CopiesCountUnreadableSourcesAsDoneAndEmptyFilesAsFailed) {
