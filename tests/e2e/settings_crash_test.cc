@@ -73,7 +73,7 @@ TEST(SettingsCrash, KilledSavesLeaveTheOldOrTheNewFileAndReadersNeverSeeLess) {
     long reads = 0, bad = 0;
     for (; !testing::PathExists(io.Join("stop")); ++reads) {
       bad += !IsSavedState(ReadFileBytes(config));
-      std::this_thread::sleep_for(std::chrono::microseconds(50));  // leaves the host a core
+      std::this_thread::sleep_for(std::chrono::microseconds(200));  // leaves the host a core
     }
     WriteFileBytes(io.Join("result"), std::to_string(reads) + " " + std::to_string(bad));
     _exit(0);
