@@ -8,6 +8,7 @@ packages=(
   libjsoncpp-dev zlib1g-dev libminizip-dev libutfcpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 procps
+  python3-numpy python3-pil libvips-dev
 )
 
 missing=()

@@ -12,6 +12,10 @@ int RunZlib(const Arguments& arguments);
 extern const char kUnzipUsage[];
 int RunUnzip(const Arguments& arguments);
 
+// vsmkit image OP IN.bmp [OUT.bmp] ARG...: one operation of the image kit on a BMP file.
+int RunImage(const Arguments& arguments);
+const char* ImageUsage();
+
 }  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

@@ -16,6 +16,7 @@ namespace {
 const Subcommand kSubcommands[] = {
     {"zlib", kZlibUsage, RunZlib},
     {"unzip", kUnzipUsage, RunUnzip},
+    {"image", ImageUsage(), RunImage},
 };
 
 void PrintHelp(FILE* out) {
