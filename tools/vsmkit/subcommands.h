@@ -7,6 +7,9 @@
 
 namespace vsmkit {
 
+extern const char kUrlUsage[];
+int RunUrl(const Arguments& arguments);
+
 }  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_
