@@ -58,9 +58,12 @@ TEST(UrlCommandEncoder, TranslatesAndLogs) {
       {&method, "p=&id=a\"b%20", "{\"id\":\"a\"b%20\",\"method\":\"Foo\"}",
        ok + "{\"id\":\"a\"b%20\",\"method\":\"Foo\"}].\n"},
       {&method, "p=1", "", ""},
-      {&method, "", "", "H [Error-0]: Encode url failed. method=Foo, params = []. GetLastError = 0.\n"},
-      {&file, "a.png", "{\n   \"id\" : \"0\",\n   \"method\" : \"GetFile\",\n   \"parameter\" : [ \"a.png\" ]\n}\n",
-       ok + "{\n   \"id\" : \"0\",\n   \"method\" : \"GetFile\",\n   \"parameter\" : [ \"a.png\" ]\n}\n].\n"},
+      {&method, "", "",
+       "H [Error-0]: Encode url failed. method=Foo, params = []. GetLastError = 0.\n"},
+      {&file, "a.png",
+       "{\n   \"id\" : \"0\",\n   \"method\" : \"GetFile\",\n   \"parameter\" : [ \"a.png\" ]\n}\n",
+       ok + "{\n   \"id\" : \"0\",\n   \"method\" : \"GetFile\",\n   \"parameter\" : [ \"a.png\" "
+            "]\n}\n].\n"},
       {&thumbnail, "id=1&index=3&thumbnail=true", styled("1", "[ 3, true ]"),
        ok + styled("1", "[ 3, true ]") + "].\n"},
       {&thumbnail, "id=1&index=x&thumbnail=TRUE", styled("1", "[ 0, false ]"),
@@ -73,7 +76,8 @@ TEST(UrlCommandEncoder, TranslatesAndLogs) {
        styled("i", "[ 1, 99999999999, 3, -4, 5 ]"),
        ok + styled("i", "[ 1, 99999999999, 3, -4, 5 ]") + "].\n"},
       {&image, "id=1&index=", styled("1", ""), ok + styled("1", "") + "].\n"},
-      {&image, "index=4", "", "H [Error-0]: Invalid url: id = [], index = [4]. GetLastError = 0.\n"},
+      {&image, "index=4", "",
+       "H [Error-0]: Invalid url: id = [], index = [4]. GetLastError = 0.\n"},
       {&image, "", "", ""},
   };
   const std::string log = dir.Join("log/vss.log");
