@@ -59,8 +59,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-# dpkg-shlibdeps reads the binaries' needs; the list below is what they need in any case.
+# The dependencies are those dpkg-shlibdeps (dpkg-dev) reads from the installed binaries; the
+# programs the module runs through the shell are recommended.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libjsoncpp25, zlib1g, libminizip1, libstdc++6, libc6")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "net-tools")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "net-tools, libnss3-tools")
 include(CPack)

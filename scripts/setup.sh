@@ -8,6 +8,7 @@ packages=(
   libjsoncpp-dev zlib1g-dev libminizip-dev libutfcpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 procps
+  libboost-dev python3-websockets chromium dpkg-dev file
 )
 
 missing=()

@@ -12,9 +12,12 @@ namespace {
 
 const char* ContentType(const std::string& name) {
   static const std::pair<const char*, const char*> kTypes[] = {
-      {".html", "text/html; charset=utf-8"}, {".js", "text/javascript; charset=utf-8"},
-      {".css", "text/css; charset=utf-8"},   {".png", "image/png"},
-      {".svg", "image/svg+xml"},             {".ico", "image/x-icon"},
+      {".html", "text/html; charset=utf-8"},
+      {".js", "text/javascript; charset=utf-8"},
+      {".css", "text/css; charset=utf-8"},
+      {".png", "image/png"},
+      {".svg", "image/svg+xml"},
+      {".ico", "image/x-icon"},
   };
   for (const auto& [suffix, type] : kTypes) {
     const size_t length = std::char_traits<char>::length(suffix);

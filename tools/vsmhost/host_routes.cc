@@ -120,8 +120,8 @@ Response Command(const HostContext& host, const Connection& connection, const Re
                        "no command in this URL: GET /" + module.alias() + "/METHOD?id=ID&p=JSON");
     }
   } else {
-    Response response = JsonError(request, http::status::method_not_allowed,
-                                  "a command comes by POST or GET");
+    Response response =
+        JsonError(request, http::status::method_not_allowed, "a command comes by POST or GET");
     response.set(http::field::allow, "GET, POST, OPTIONS");
     return response;
   }

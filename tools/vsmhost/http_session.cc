@@ -23,10 +23,9 @@ void HttpSession::Read() {
   parser_.emplace();
   parser_->body_limit(host_->options().maxBodyBytes);
   stream_.expires_after(std::chrono::seconds(host_->options().idleSeconds));
-  http::async_read(stream_, buffer_, *parser_,
-                   [self = shared_from_this()](beast::error_code error, size_t) {
-                     self->OnRead(error);
-                   });
+  http::async_read(
+      stream_, buffer_, *parser_,
+      [self = shared_from_this()](beast::error_code error, size_t) { self->OnRead(error); });
 }
 
 void HttpSession::OnRead(beast::error_code error) {
@@ -38,7 +37,8 @@ void HttpSession::OnRead(beast::error_code error) {
   }
   // Parse errors share the category of http::error; anything else is the socket ending
   // (a closed peer, the idle timeout) and needs no answer.
-  if (error && error.category() == beast::http::make_error_code(http::error::bad_method).category() &&
+  if (error &&
+      error.category() == beast::http::make_error_code(http::error::bad_method).category() &&
       error != http::error::end_of_stream && error != http::error::partial_message) {
     Send(ErrorResponse(http::status::bad_request, "malformed HTTP request", 11, false), true);
     return;
@@ -58,10 +58,11 @@ void HttpSession::OnRead(beast::error_code error) {
   const auto start = std::chrono::steady_clock::now();
   Response response = Route(*host_, connection_, request);
   if (host_->options().verbose) {
-    LogRequestLine(connection_, std::string(request.method_string()).c_str(),
-                   std::string(request.target()), response.result_int(), response.body().size(),
-                   std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                       .count());
+    LogRequestLine(
+        connection_, std::string(request.method_string()).c_str(), std::string(request.target()),
+        response.result_int(), response.body().size(),
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+            .count());
   }
   const bool close = response.need_eof();
   Send(std::move(response), close);

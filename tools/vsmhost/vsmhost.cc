@@ -37,7 +37,8 @@ std::vector<std::unique_ptr<ModuleLibrary>> LoadModules(const HostOptions& optio
     std::unique_ptr<ModuleLibrary> module = ModuleLibrary::Load(path);
     for (const auto& loaded : modules) {
       if (loaded->alias() == module->alias()) {
-        throw ModuleLoadError(path + " has the alias of " + loaded->path() + ": " + loaded->alias());
+        throw ModuleLoadError(path + " has the alias of " + loaded->path() + ": " +
+                              loaded->alias());
       }
     }
     modules.push_back(std::move(module));

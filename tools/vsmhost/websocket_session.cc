@@ -16,8 +16,11 @@ namespace {
 bool IsUtf8(const std::string& text) {
   for (size_t i = 0; i < text.size();) {
     const unsigned char lead = static_cast<unsigned char>(text[i]);
-    const size_t length = lead < 0x80 ? 1 : (lead >> 5) == 6 ? 2 : (lead >> 4) == 14 ? 3
-                                                              : (lead >> 3) == 30 ? 4 : 0;
+    const size_t length = lead < 0x80         ? 1
+                          : (lead >> 5) == 6  ? 2
+                          : (lead >> 4) == 14 ? 3
+                          : (lead >> 3) == 30 ? 4
+                                              : 0;
     if (length == 0 || i + length > text.size()) return false;
     uint32_t code = length == 1 ? lead : lead & (0x7F >> length);
     for (size_t k = 1; k < length; ++k) {
@@ -83,9 +86,10 @@ void WebSocketSession::OnRead(beast::error_code error) {
   const ModuleAnswer answer =
       module_->Distribute(connection_, url_, beast::buffers_to_string(buffer_.data()), origin_);
   if (host_->options().verbose) {
-    LogRequestLine(connection_, "MESSAGE", url_, answer.answered ? 200 : 502, answer.text.size(),
-                   std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                       .count());
+    LogRequestLine(
+        connection_, "MESSAGE", url_, answer.answered ? 200 : 502, answer.text.size(),
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+            .count());
   }
   hasBinary_ = answer.hasBinary;
   binary_ = answer.binary;
@@ -97,10 +101,9 @@ void WebSocketSession::OnRead(beast::error_code error) {
 void WebSocketSession::Write(bool binary, std::string message) {
   text_ = std::move(message);
   socket_.text(!binary);
-  socket_.async_write(boost::asio::buffer(text_),
-                      [self = shared_from_this()](beast::error_code error, size_t) {
-                        self->OnWrite(error);
-                      });
+  socket_.async_write(
+      boost::asio::buffer(text_),
+      [self = shared_from_this()](beast::error_code error, size_t) { self->OnWrite(error); });
 }
 
 void WebSocketSession::OnWrite(beast::error_code error) {
