@@ -30,18 +30,14 @@ void HttpSession::Read() {
 
 void HttpSession::OnRead(beast::error_code error) {
   if (error == http::error::body_limit) {
-    Send(ErrorResponse(http::status::payload_too_large, "the body is larger than the host takes",
-                       11, false),
-         true);
-    return;
+    return Refuse(http::status::payload_too_large, "the body is larger than the host takes");
   }
   // Parse errors share the category of http::error; anything else is the socket ending
   // (a closed peer, the idle timeout) and needs no answer.
   if (error &&
       error.category() == beast::http::make_error_code(http::error::bad_method).category() &&
       error != http::error::end_of_stream && error != http::error::partial_message) {
-    Send(ErrorResponse(http::status::bad_request, "malformed HTTP request", 11, false), true);
-    return;
+    return Refuse(http::status::bad_request, "malformed HTTP request");
   }
   if (error) return Close();
 
@@ -66,6 +62,14 @@ void HttpSession::OnRead(beast::error_code error) {
   }
   const bool close = response.need_eof();
   Send(std::move(response), close);
+}
+
+void HttpSession::Refuse(http::status status, const char* message) {
+  Response response = ErrorResponse(status, message, 11, false);
+  if (host_->options().verbose) {
+    LogRequestLine(connection_, "-", "-", response.result_int(), response.body().size(), 0);
+  }
+  Send(std::move(response), true);
 }
 
 void HttpSession::Send(Response response, bool closeAfter) {

@@ -28,6 +28,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
  private:
   void Read();
   void OnRead(boost::beast::error_code error);
+  // Answers a request the host won't route, then closes.
+  void Refuse(http::status status, const char* message);
   void Send(Response response, bool closeAfter);
   void OnWrite(bool close, boost::beast::error_code error);
   void Close();

@@ -80,29 +80,31 @@ int Serve(HostContext* host) {
   host->set_port(listeners[0]->port());
   for (const auto& listener : listeners) listener->Run();
 
-  asio::steady_timer poll(*context);
-  std::function<void()> pollWaitTimeout = [&] {
-    for (const auto& module : host->modules()) module->PollWaitTimeout();
-    poll.expires_after(std::chrono::seconds(1));
-    poll.async_wait([&](boost::system::error_code error) {
-      if (!error) pollWaitTimeout();
+  {  // the timer and the signal set go before the context they belong to
+    asio::steady_timer poll(*context);
+    std::function<void()> pollWaitTimeout = [&] {
+      for (const auto& module : host->modules()) module->PollWaitTimeout();
+      poll.expires_after(std::chrono::seconds(1));
+      poll.async_wait([&](boost::system::error_code error) {
+        if (!error) pollWaitTimeout();
+      });
+    };
+    asio::post(*context, pollWaitTimeout);
+
+    asio::signal_set signals(*context, SIGINT, SIGTERM);
+    signals.async_wait([&](boost::system::error_code, int) {
+      for (const auto& listener : listeners) listener->Stop();
+      poll.cancel();
+      context->stop();
     });
-  };
-  asio::post(*context, pollWaitTimeout);
 
-  asio::signal_set signals(*context, SIGINT, SIGTERM);
-  signals.async_wait([&](boost::system::error_code, int) {
-    for (const auto& listener : listeners) listener->Stop();
-    poll.cancel();
-    context->stop();
-  });
-
-  printf("listening on http://127.0.0.1:%u\n", host->port());
-  fflush(stdout);
-  std::vector<std::thread> runners;
-  for (unsigned i = 1; i < threads; ++i) runners.emplace_back([&] { context->run(); });
-  context->run();
-  for (std::thread& runner : runners) runner.join();
+    printf("listening on http://127.0.0.1:%u\n", host->port());
+    fflush(stdout);
+    std::vector<std::thread> runners;
+    for (unsigned i = 1; i < threads; ++i) runners.emplace_back([&] { context->run(); });
+    context->run();
+    for (std::thread& runner : runners) runner.join();
+  }
   // Destroying the context ends every session still open, and with them their WebSockets'
   // CloseWebSocket calls, before the modules stop.
   listeners.clear();
