@@ -1,14 +1,9 @@
 #include "host_options.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
-
-#ifndef VSMHOST_INSTALLED_PAGE
-#define VSMHOST_INSTALLED_PAGE ""
-#endif
 
 namespace vsmhost {
 
@@ -39,13 +34,7 @@ unsigned long ReadNumber(const std::string& option, const char* text, unsigned l
   return value;
 }
 
-bool IsDirectory(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-}  // namespace
-
+// The folder of this program, with no '/' at the end.
 std::string ProgramDirectory() {
   char path[4096];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
@@ -53,6 +42,8 @@ std::string ProgramDirectory() {
   const size_t slash = program.rfind('/');
   return slash == std::string::npos ? "." : program.substr(0, slash);
 }
+
+}  // namespace
 
 HostOptions ParseHostOptions(int argc, char** argv) {
   HostOptions options;
@@ -85,11 +76,7 @@ HostOptions ParseHostOptions(int argc, char** argv) {
   if (options.maxConnections == 0) throw HostUsageError("--max-connections must be at least 1");
   const std::string home = ProgramDirectory();
   if (options.modules.empty()) options.modules.push_back(home + "/libvsm.so");
-  if (options.pageDirectory.empty()) {
-    const std::string installed = VSMHOST_INSTALLED_PAGE;
-    options.pageDirectory =
-        IsDirectory(home + "/page") || installed.empty() ? home + "/page" : installed;
-  }
+  if (options.pageDirectory.empty()) options.pageDirectory = home + "/page";
   return options;
 }
 

@@ -3,7 +3,7 @@
 // ParseHostOptions reads argv into HostOptions and throws HostUsageError for anything it can't
 // read; the caller prints the message and kHostUsage and exits with 2. Defaults fill what the
 // line leaves out: the module is libvsm.so beside the program, the page folder is page/ beside
-// it (or the installed share folder), and the port comes from the first module (port < 0).
+// it, and the port comes from the first module (port < 0).
 #ifndef VSM_TOOLS_VSMHOST_HOST_OPTIONS_H_
 #define VSM_TOOLS_VSMHOST_HOST_OPTIONS_H_
 
@@ -33,9 +33,6 @@ struct HostOptions {
 extern const char kHostUsage[];
 
 HostOptions ParseHostOptions(int argc, char** argv);
-
-// The folder of this program, with no '/' at the end.
-std::string ProgramDirectory();
 
 }  // namespace vsmhost
 
