@@ -34,6 +34,7 @@ install(FILES ${vsm_links}/libvsm.so DESTINATION ${vsm_service_dir})
 
 # pkg-config: the prefix is found from the file's own place, so a staged tree works as well.
 file(RELATIVE_PATH vsm_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" vsm_pc_to_prefix "${vsm_pc_to_prefix}")
 configure_file(${CMAKE_CURRENT_LIST_DIR}/vsm.pc.in ${CMAKE_BINARY_DIR}/vsm.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/vsm.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
