@@ -7,6 +7,10 @@
 
 namespace vsmkit {
 
+extern const char kZlibUsage[];
+int RunZlib(const Arguments& arguments);
+extern const char kUnzipUsage[];
+int RunUnzip(const Arguments& arguments);
 extern const char kUrlUsage[];
 int RunUrl(const Arguments& arguments);
 
