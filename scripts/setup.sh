@@ -10,6 +10,7 @@ packages=(
   python3 procps
   clang libclang-rt-14-dev
   python3-numpy python3-pil libvips-dev
+  libboost-dev python3-websockets chromium dpkg-dev file
 )
 
 missing=()
