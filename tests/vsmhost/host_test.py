@@ -104,6 +104,7 @@ class VsmHost(unittest.TestCase):
                     ("GET", "/", 200, "text/html"), ("GET", "/app.js", 200, "text/javascript"),
                     ("GET", "/../CMakeLists.txt", 404, "application/json"),
                     ("GET", "/nothing", 404, "application/json"),
+                    ("GET", "?id=/app.js", 404, "application/json"),
                     ("PUT", "/vsm/", 405, "application/json")]:
                 got, headers, _ = host.request(method, target)
                 self.assertEqual((got, headers["content-type"].split(";")[0]), (code, kind), target)

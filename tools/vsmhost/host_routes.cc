@@ -38,6 +38,13 @@ const ModuleLibrary* ModuleOfPath(const HostContext& host, const std::string& pa
   return module;
 }
 
+// The page file a path names: "/" is the index. A target without its leading '/' ("?q", "*"),
+// which the parser lets through, names none.
+const PageFile* PageFileOf(const HostContext& host, const std::string& path) {
+  if (path.empty() || path[0] != '/') return nullptr;
+  return host.FindPageFile(path == "/" ? "index.html" : path.substr(1));
+}
+
 Response MakeResponse(const Request& request, http::status status, const std::string& type,
                       std::string body) {
   Response response(status, request.version());
@@ -178,8 +185,7 @@ Response Route(const HostContext& host, const Connection& connection, const Requ
     response = JsonError(request, http::status::not_found, "no such route");
   } else if (target.path == "/status") {
     response = Status(host, request);
-  } else if (const PageFile* file =
-                 host.FindPageFile(target.path == "/" ? "index.html" : target.path.substr(1))) {
+  } else if (const PageFile* file = PageFileOf(host, target.path)) {
     response = MakeResponse(request, http::status::ok, file->type, file->bytes);
     response.set(http::field::cache_control, "no-cache");
   } else {
