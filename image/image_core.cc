@@ -7,6 +7,7 @@
 
 #include "image/image.h"
 #include "image/image_layout.h"
+#include "image/kernels.h"
 #include "support/tracked_heap.h"
 
 namespace vsm {
@@ -208,7 +209,8 @@ int32_t DpiOfField(int32_t pelsPerMeter) {
 
 int32_t FieldOfDpi(int32_t dpi) {
   if (dpi < 1) return 3780;
-  return static_cast<int32_t>(static_cast<float>(dpi * 10000.0 / 254.0 + 0.5));
+  // From about 54.5 million dots per inch on, the field doesn't fit 32 bits.
+  return TruncToInt(static_cast<float>(dpi * 10000.0 / 254.0 + 0.5));
 }
 
 }  // namespace
