@@ -7,6 +7,13 @@
 
 namespace vsmkit {
 
+// vsmkit bigint OP ARG... | vsmkit bigint (batch on standard input)
+int RunBigint(const Arguments& arguments);
+// vsmkit rsa fixed|minimal EXP MOD DATA
+int RunRsa(const Arguments& arguments);
+// vsmkit base64 encode|decode
+int RunBase64(const Arguments& arguments);
+
 }  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

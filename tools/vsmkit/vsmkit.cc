@@ -14,7 +14,28 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
-    {nullptr, nullptr, nullptr},
+    {"bigint",
+     "vsmkit bigint OP ARG...   one operation on hexadecimal numbers (read as the text "
+     "constructor\n"
+     "                          reads them in radix 16); prints the result in hexadecimal, '-' in\n"
+     "                          front of a negative one\n"
+     "vsmkit bigint             the same for each line \"OP ARG...\" of standard input, one "
+     "answer\n"
+     "                          line each (\"error: ...\" for a line it can't read)\n"
+     "  OPs: add sub mul div mod gcd A B | modinv A MOD | cmp A B (-1, 0, 1) | modpow BASE EXP "
+     "MOD\n"
+     "       shl A BITS (decimal) | bits A | isprime A (1, 0) | frombytes HEX | bytes A | minimal "
+     "A",
+     RunBigint},
+    {"rsa",
+     "vsmkit rsa fixed|minimal EXP MOD DATA\n"
+     "                          the raw RSA transformation, all three as hex bytes; prints the\n"
+     "                          result and the whole output buffer in hex",
+     RunRsa},
+    {"base64",
+     "vsmkit base64 encode|decode\n"
+     "                          base64 from standard input to standard output",
+     RunBase64},
 };
 
 void PrintHelp(FILE* out) {
@@ -40,7 +61,8 @@ int Main(int argc, char** argv) {
     try {
       return subcommand.run(arguments);
     } catch (const UsageError& error) {
-      fprintf(stderr, "vsmkit %s: %s\nusage:\n%s\n", subcommand.name, error.what(), subcommand.usage);
+      fprintf(stderr, "vsmkit %s: %s\nusage:\n%s\n", subcommand.name, error.what(),
+              subcommand.usage);
       return 2;
     } catch (const OperationFailed& error) {
       fprintf(stderr, "vsmkit %s: %s\n", subcommand.name, error.what());
