@@ -199,9 +199,8 @@ int32_t CBigInteger::ShiftLeftWords(uint32_t* words, int32_t count, int32_t bits
   if (bits <= 0 || (length == 1 && words[0] == 0)) return length;
   const int64_t wordShift = bits / 32;
   const int bitShift = bits % 32;
-  const int64_t needed = (32 * static_cast<int64_t>(length - 1) +
-                          TopBitPosition(words[length - 1]) + bits + 31) /
-                         32;
+  const int64_t needed =
+      (32 * static_cast<int64_t>(length - 1) + TopBitPosition(words[length - 1]) + bits + 31) / 32;
   const int32_t newLength = static_cast<int32_t>(std::min<int64_t>(needed, count));
   auto source = [&](int64_t index) -> uint32_t {
     return index >= 0 && index < length ? words[index] : 0;

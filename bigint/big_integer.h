@@ -64,8 +64,8 @@ class CBigInteger {
   CBigInteger operator%(const CBigInteger& right) const;
   CBigInteger operator+=(const CBigInteger& right);
   CBigInteger operator-=(const CBigInteger& right);
-  // Shifts the `length` words in use on a copy; bits past word 1023 fall off. A negative value
-  // of short `length` keeps its sign words above and so gives a value without meaning.
+  // Shifts a copy of all 1024 words (trimmed first, whatever `length` says); bits past word
+  // 1023 fall off. A negative value thus shifts as two's complement and keeps `length` 1024.
   CBigInteger operator<<(int32_t bits) const;
 
   // Different signs decide at once; equal signs compare the words as unsigned numbers from the
@@ -83,7 +83,7 @@ class CBigInteger {
   // this^exponent mod modulus. A negative exponent gives 0, an exponent of 0 gives 1 (whatever
   // the modulus). The base is reduced by its magnitude, and a negative base with an odd exponent
   // gives the negated result. A negative modulus counts by its magnitude. A modulus of 512 words
-  // or more (16384 bits and up) is past the width the Barrett constant needs: the result is 0.
+  // or more (above 16352 bits) is past the width the Barrett constant needs: the result is 0.
   // A zero modulus gives a number without meaning.
   CBigInteger ModPow(const CBigInteger& exponent, const CBigInteger& modulus) const;
   // The same, always by the word-for-word Barrett walk: one Reduce per bit of the exponent, each

@@ -120,7 +120,8 @@ CBigInteger CBigInteger::operator*(const CBigInteger& right) const {
     uint64_t carry = 0;
     const int32_t end = std::min(b.length_, kMaxLength - i);
     for (int32_t j = 0; j < end; ++j) {
-      const uint64_t word = static_cast<uint64_t>(a.data_[i]) * b.data_[j] + product.data_[i + j] + carry;
+      const uint64_t word =
+          static_cast<uint64_t>(a.data_[i]) * b.data_[j] + product.data_[i + j] + carry;
       product.data_[i + j] = static_cast<uint32_t>(word);
       carry = word >> 32;
     }
@@ -171,8 +172,8 @@ void CBigInteger::Divide(const CBigInteger& left, const CBigInteger& right, bool
 
 // Word by word from the top, with the running remainder in the word above. A zero divisor gives
 // 0 for every word, quotient and remainder alike.
-void CBigInteger::DivideByWord(const CBigInteger& dividend, uint32_t divisor,
-                               CBigInteger* quotient, CBigInteger* remainder) {
+void CBigInteger::DivideByWord(const CBigInteger& dividend, uint32_t divisor, CBigInteger* quotient,
+                               CBigInteger* remainder) {
   CBigInteger& rest = *remainder;
   rest.CopyFrom(dividend);
   rest.Trim();
@@ -185,7 +186,8 @@ void CBigInteger::DivideByWord(const CBigInteger& dividend, uint32_t divisor,
     rest.data_[position] = divisor == 0 ? 0 : static_cast<uint32_t>(top % divisor);
   }
   for (--position; position >= 0; --position) {
-    const uint64_t part = static_cast<uint64_t>(rest.data_[position + 1]) << 32 | rest.data_[position];
+    const uint64_t part =
+        static_cast<uint64_t>(rest.data_[position + 1]) << 32 | rest.data_[position];
     words[count++] = divisor == 0 ? 0 : static_cast<uint32_t>(part / divisor);
     rest.data_[position + 1] = 0;
     rest.data_[position] = divisor == 0 ? 0 : static_cast<uint32_t>(part % divisor);

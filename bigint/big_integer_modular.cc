@@ -47,7 +47,8 @@ CBigInteger CBigInteger::Reduce(const CBigInteger& x, const CBigInteger& n,
     uint64_t carry = 0;
     int32_t j = 0;
     for (; j < n.length_ && i + j < low; ++j) {
-      const uint64_t word = static_cast<uint64_t>(q3.data_[i]) * n.data_[j] + r2.data_[i + j] + carry;
+      const uint64_t word =
+          static_cast<uint64_t>(q3.data_[i]) * n.data_[j] + r2.data_[i + j] + carry;
       r2.data_[i + j] = static_cast<uint32_t>(word);
       carry = word >> 32;
     }

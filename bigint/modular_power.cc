@@ -30,6 +30,18 @@ int WindowBits(int exponentBits) {
   return 1;
 }
 
+// t[0..n) += a[0..n) * m; gives the carry out of t[n - 1].
+inline Limb MultiplyAddRow(Limb* __restrict t, const Limb* __restrict a, size_t n, Limb m) {
+  Limb carry = 0;
+#pragma GCC unroll 4
+  for (size_t j = 0; j < n; ++j) {
+    const Wide sum = static_cast<Wide>(a[j]) * m + t[j] + carry;
+    t[j] = static_cast<Limb>(sum);
+    carry = static_cast<Limb>(sum >> 64);
+  }
+  return carry;
+}
+
 // Left-to-right sliding windows over the odd powers base^1, base^3, ... The field gives
 // Multiply(a, b, out) and Square(a, out) on values of field.size() limbs; out may alias an input.
 template <typename Field, typename Value>
@@ -64,12 +76,13 @@ Value SlidingWindowPower(Field& field, const Value& base, const std::vector<uint
   return result;
 }
 
-// Multiplication modulo an odd n in Montgomery form (a * b / 2^(64 * limbs) mod n), operand
-// scanning with the reduction interleaved; values stay fully reduced below n.
+// Multiplication modulo an odd n in Montgomery form (a * b / 2^(64 * limbs) mod n): the full
+// product (a square takes each cross product once and doubles the sum), then word-by-word
+// Montgomery reduction; values stay fully reduced below n.
 class MontgomeryField {
  public:
   explicit MontgomeryField(std::vector<Limb> modulus)
-      : modulus_(std::move(modulus)), limbs_(modulus_.size()), scratch_(limbs_ + 2) {
+      : modulus_(std::move(modulus)), limbs_(modulus_.size()), product_(2 * limbs_ + 1) {
     // Newton's iteration doubles the correct low bits of n^-1 from the 3 that n itself gives.
     Limb inverse = modulus_[0];
     for (int i = 0; i < 5; ++i) inverse *= 2 - modulus_[0] * inverse;
@@ -79,56 +92,74 @@ class MontgomeryField {
   size_t size() const { return limbs_; }
 
   void Multiply(const std::vector<Limb>& a, const std::vector<Limb>& b, std::vector<Limb>& out) {
-    Limb* t = scratch_.data();
-    const Limb* n = modulus_.data();
-    std::fill(scratch_.begin(), scratch_.end(), 0);
-    for (size_t i = 0; i < limbs_; ++i) {
-      Limb carry = 0;
-      const Limb bi = b[i];
-      for (size_t j = 0; j < limbs_; ++j) {
-        const Wide sum = static_cast<Wide>(a[j]) * bi + t[j] + carry;
-        t[j] = static_cast<Limb>(sum);
-        carry = static_cast<Limb>(sum >> 64);
-      }
-      Wide sum = static_cast<Wide>(t[limbs_]) + carry;
-      t[limbs_] = static_cast<Limb>(sum);
-      t[limbs_ + 1] = static_cast<Limb>(sum >> 64);
-      const Limb m = t[0] * negativeInverse_;
-      sum = static_cast<Wide>(m) * n[0] + t[0];
-      carry = static_cast<Limb>(sum >> 64);
-      for (size_t j = 1; j < limbs_; ++j) {
-        sum = static_cast<Wide>(m) * n[j] + t[j] + carry;
-        t[j - 1] = static_cast<Limb>(sum);
-        carry = static_cast<Limb>(sum >> 64);
-      }
-      sum = static_cast<Wide>(t[limbs_]) + carry;
-      t[limbs_ - 1] = static_cast<Limb>(sum);
-      t[limbs_] = t[limbs_ + 1] + static_cast<Limb>(sum >> 64);
+    Limb* t = product_.data();
+    const size_t n = limbs_;
+    std::fill(product_.begin(), product_.end(), 0);
+    for (size_t i = 0; i < n; ++i) t[i + n] = MultiplyAddRow(t + i, b.data(), n, a[i]);
+    Reduce(out);
+  }
+
+  void Square(const std::vector<Limb>& a, std::vector<Limb>& out) {
+    Limb* t = product_.data();
+    const size_t n = limbs_;
+    std::fill(product_.begin(), product_.end(), 0);
+    for (size_t i = 0; i + 1 < n; ++i) {
+      t[i + n] = MultiplyAddRow(t + 2 * i + 1, a.data() + i + 1, n - i - 1, a[i]);
     }
-    if (t[limbs_] != 0 || !Below(t, n)) {
+    Limb top = 0;  // doubling the cross products, then adding the squares
+    for (size_t k = 0; k < 2 * n; ++k) {
+      const Limb doubled = t[k] << 1 | top;
+      top = t[k] >> 63;
+      t[k] = doubled;
+    }
+    Limb carry = 0;
+    for (size_t i = 0; i < n; ++i) {
+      const Wide square = static_cast<Wide>(a[i]) * a[i];
+      Wide sum = static_cast<Wide>(t[2 * i]) + static_cast<Limb>(square) + carry;
+      t[2 * i] = static_cast<Limb>(sum);
+      sum = static_cast<Wide>(t[2 * i + 1]) + static_cast<Limb>(square >> 64) + (sum >> 64);
+      t[2 * i + 1] = static_cast<Limb>(sum);
+      carry = static_cast<Limb>(sum >> 64);
+    }
+    Reduce(out);
+  }
+
+ private:
+  // product_ (2 * limbs words, below n * 2^(64 * limbs)) times 2^(-64 * limbs) mod n.
+  void Reduce(std::vector<Limb>& out) {
+    Limb* t = product_.data();
+    const Limb* n = modulus_.data();
+    const size_t size = limbs_;
+    Limb extra = 0;  // the carry out of word i + size, owed to the next row's top word
+    for (size_t i = 0; i < size; ++i) {
+      const Limb carry = MultiplyAddRow(t + i, n, size, t[i] * negativeInverse_);
+      const Wide top = static_cast<Wide>(t[i + size]) + carry + extra;
+      t[i + size] = static_cast<Limb>(top);
+      extra = static_cast<Limb>(top >> 64);
+    }
+    t[2 * size] = extra;
+    Limb* r = t + size;  // below 2n
+    if (r[size] != 0 || !Below(r, n)) {
       Limb borrow = 0;
-      for (size_t j = 0; j < limbs_; ++j) {
-        const Wide difference = static_cast<Wide>(t[j]) - n[j] - borrow;
-        t[j] = static_cast<Limb>(difference);
+      for (size_t j = 0; j < size; ++j) {
+        const Wide difference = static_cast<Wide>(r[j]) - n[j] - borrow;
+        r[j] = static_cast<Limb>(difference);
         borrow = static_cast<Limb>(difference >> 64) & 1;
       }
     }
-    out.assign(t, t + limbs_);
+    out.assign(r, r + size);
   }
 
-  void Square(const std::vector<Limb>& a, std::vector<Limb>& out) { Multiply(a, a, out); }
-
- private:
-  bool Below(const Limb* t, const Limb* n) const {
+  bool Below(const Limb* r, const Limb* n) const {
     for (size_t j = limbs_; j-- > 0;) {
-      if (t[j] != n[j]) return t[j] < n[j];
+      if (r[j] != n[j]) return r[j] < n[j];
     }
     return false;
   }
 
   std::vector<Limb> modulus_;
   size_t limbs_;
-  std::vector<Limb> scratch_;
+  std::vector<Limb> product_;
   Limb negativeInverse_;
 };
 

@@ -14,8 +14,8 @@
 //     leading zero bytes (the rest of the `length * 4` bytes stay zero), with the rest of `data`
 //     right behind the value's own bytes. Its result is still `length * 4`: a caller learns the
 //     real size only from the number.
-// A negative size counts as 0. A zero modulus gives a number without meaning; a modulus of 16384
-// bits or more gives 0 (see CBigInteger::ModPow). Thread-safe: all state is local.
+// A negative size counts as 0. A zero modulus gives a number without meaning; a modulus of more
+// than 16352 bits gives 0 (see CBigInteger::ModPow). Thread-safe: all state is local.
 #ifndef VSM_BIGINT_RSA_TRANSFORM_H_
 #define VSM_BIGINT_RSA_TRANSFORM_H_
 

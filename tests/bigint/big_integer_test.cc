@@ -50,7 +50,8 @@ TEST(BigIntegerTest, EachConstructorGivesItsValueAndLength) {
       {"uint64 0", CBigInteger(uint64_t{0}), "0 L1"},
       {"bytes 00 00 00 01 00", CBigInteger(fiveBytes, 5), "100 L1"},
       {"bytes, size 0", CBigInteger(fiveBytes, 0), "0 L1"},
-      {"4096 bytes, top bit set", CBigInteger(full.data(), 4096), "-8" + std::string(8191, '0') + " L1024"},
+      {"4096 bytes, top bit set", CBigInteger(full.data(), 4096),
+       "-8" + std::string(8191, '0') + " L1024"},
       {"4100 bytes keep the last 4096", CBigInteger(longer.data(), 4100), "9 L1"},
       {"words, most significant first", CBigInteger(words, 4), "500000006 L2"},
       {"words, count 0", CBigInteger(words, 0), "0 L1"},
@@ -123,14 +124,17 @@ TEST(BigIntegerTest, OperatorsFollowTheSignRulesAndLeaveTheirLengths) {
       {"... + 1 sees one word", -Text("-FFFFFFFF00000001", 16) + CBigInteger(1), "2 L1"},
       {"-3 * 5", CBigInteger(-3) * CBigInteger(5), "-F L1"},
       {"-3 * -5", CBigInteger(-3) * CBigInteger(-5), "F L1"},
-      {"2^16383 * 2^16384 reaches the sign bit", (CBigInteger(1) << 16383) * (CBigInteger(1) << 16384),
+      {"2^16383 * 2^16384 reaches the sign bit",
+       (CBigInteger(1) << 16383) * (CBigInteger(1) << 16384),
        "-8" + std::string(8191, '0') + " L1024"},
       {"2^32767 * 2 falls off", (CBigInteger(1) << 32766) * CBigInteger(4), "0 L1"},
-      {"+= gives and stores the sum", [] {
+      {"+= gives and stores the sum",
+       [] {
          CBigInteger x(5);
          const CBigInteger copy = x += CBigInteger(-7);
          return copy == x ? x : CBigInteger(99);
-       }(), "-2 L1"},
+       }(),
+       "-2 L1"},
   };
   for (const auto& c : cases) EXPECT_EQ(Describe(c.value), c.expected) << c.name;
 }
@@ -247,8 +251,8 @@ TEST(BigIntegerTest, SmallValuesAgreeWithMachineArithmetic) {
   for (int i = 0; i < 3000; ++i) {
     const int bits = 1 + static_cast<int>(random() % 62);
     const int64_t a = static_cast<int64_t>(random() >> (64 - bits)) * (random() % 2 ? 1 : -1);
-    const int64_t b = static_cast<int64_t>(random() >> (64 - 1 - random() % bits)) *
-                      (random() % 2 ? 1 : -1);
+    const int64_t b =
+        static_cast<int64_t>(random() >> (64 - 1 - random() % bits)) * (random() % 2 ? 1 : -1);
     const CBigInteger x(a), y(b);
     EXPECT_EQ(ToInt64(x + y), a + b) << a << " + " << b;
     EXPECT_EQ(ToInt64(x - y), a - b) << a << " - " << b;

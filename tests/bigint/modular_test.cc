@@ -49,8 +49,8 @@ TEST(ModPowTest, RulesForSignsZeroAndTheWidthLimit) {
       {"even modulus", 3, 5, 16, "3 L1"},
       {"512-word modulus", 3, 5, wide + CBigInteger(1), "0 L1"},
       {"511-word modulus", 3, 5, (CBigInteger(1) << (32 * 510)) + CBigInteger(1), "F3 L1"},
-      {"2^127 - 1 is a Fermat witness of itself", 2, PowerOfTwoMinus(127, 2), PowerOfTwoMinus(127, 1),
-       "1 L1"},
+      {"2^127 - 1 is a Fermat witness of itself", 2, PowerOfTwoMinus(127, 2),
+       PowerOfTwoMinus(127, 1), "1 L1"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Describe(c.base.ModPow(c.exponent, c.modulus)), c.expected) << c.name;
@@ -109,11 +109,9 @@ TEST(EuclidTest, GcdCoefficientsAndInverses) {
     const char* x;
     const char* y;
   } cases[] = {
-      {240, 46, "2 L1", "-9 L1", "2F L1"},
-      {46, 240, "2 L1", "2F L1", "-9 L1"},
+      {240, 46, "2 L1", "-9 L1", "2F L1"}, {46, 240, "2 L1", "2F L1", "-9 L1"},
       {7, 0, "0 L1", "0 L1", "1 L1"},  // u % 0 is 0: the loop never runs
-      {-4, 6, "2 L1", "1 L1", "1 L1"},
-      {4, -6, "-2 L1", "1 L1", "1 L1"},
+      {-4, 6, "2 L1", "1 L1", "1 L1"},     {4, -6, "-2 L1", "1 L1", "1 L1"},
       {12, 4, "4 L1", "0 L1", "1 L1"},
   };
   for (const auto& c : cases) {

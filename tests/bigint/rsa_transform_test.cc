@@ -28,7 +28,7 @@ using Transform = uint32_t (*)(const uint8_t*, int32_t, const uint8_t*, int32_t,
 // "size result hex-of-output": the size asked with a null output, then the call into a buffer
 // of that size, filled with 0xEE beforehand so that untouched bytes show.
 std::string Transformed(Transform transform, const std::string& e, const std::string& n,
-                const std::string& data) {
+                        const std::string& data) {
   const std::vector<uint8_t> eb = Bytes(e), nb = Bytes(n), db = Bytes(data);
   const auto call = [&](uint8_t* output) {
     return transform(eb.data(), static_cast<int32_t>(eb.size()), nb.data(),
@@ -66,7 +66,8 @@ TEST(RsaTransformTest, TheTwoFormsDisagreeWhereTheyAlwaysHave) {
       {"fixed, zero modulus", RsaTransformFixed, "03", "00", "05", "4 4 00000000"},
       {"fixed, exponent 00", RsaTransformFixed, "00", "07", "05", "4 4 00000001"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Transformed(c.transform, c.e, c.n, c.data), c.expected) << c.name;
+  for (const auto& c : cases)
+    EXPECT_EQ(Transformed(c.transform, c.e, c.n, c.data), c.expected) << c.name;
 }
 
 TEST(RsaTransformTest, NegativeSizesCountAsZero) {
@@ -98,7 +99,8 @@ TEST(RsaTransformTest, ARoundTripThroughAKeyPairGivesTheMessageBack) {
   block.insert(block.end(), message.begin(), message.end());
   uint8_t cipher[64] = {}, plain[64] = {};
   const auto s = static_cast<int32_t>(size);
-  const uint32_t cipherSize = RsaTransformFixed(eb.data(), s, nb.data(), s, block.data(), s, cipher);
+  const uint32_t cipherSize =
+      RsaTransformFixed(eb.data(), s, nb.data(), s, block.data(), s, cipher);
   const uint32_t plainSize = RsaTransformFixed(db.data(), s, nb.data(), s, cipher,
                                                static_cast<int32_t>(cipherSize), plain);
   EXPECT_EQ(Hex(plain, static_cast<int32_t>(plainSize)), "00" + Hex(message.data(), 15));

@@ -14,8 +14,8 @@ namespace vsm {
 namespace {
 
 std::string Encoded(CBase64& codec, const std::string& plain) {
-  const uint32_t length =
-      codec.Encode(reinterpret_cast<const uint8_t*>(plain.data()), static_cast<uint32_t>(plain.size()));
+  const uint32_t length = codec.Encode(reinterpret_cast<const uint8_t*>(plain.data()),
+                                       static_cast<uint32_t>(plain.size()));
   return length == 0 ? "" : std::string(codec.GetTextBuffer(), length);
 }
 
@@ -31,8 +31,13 @@ class StepByStep : public CBase64 {};
 
 TEST(Base64Test, EncodesTheStandardVectors) {
   const std::pair<const char*, const char*> vectors[] = {
-      {"", ""},         {"f", "Zg=="},         {"fo", "Zm8="},         {"foo", "Zm9v"},
-      {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"},
+      {"", ""},
+      {"f", "Zg=="},
+      {"fo", "Zm8="},
+      {"foo", "Zm9v"},
+      {"foob", "Zm9vYg=="},
+      {"fooba", "Zm9vYmE="},
+      {"foobar", "Zm9vYmFy"},
   };
   for (const auto& v : vectors) {
     CBase64 codec;
@@ -50,17 +55,17 @@ TEST(Base64Test, EncodesTheStandardVectors) {
 
 TEST(Base64Test, DecodingIsLenientAndCountsEveryPaddingCharacter) {
   const std::pair<std::string, std::string> cases[] = {
-      {"QQ==", "A"},                        // 3 bytes, then 2 fewer for the two `=`
-      {"QQ", std::string("A\0", 2)},        // a trailing pair counts as 2 bytes
+      {"QQ==", "A"},                  // 3 bytes, then 2 fewer for the two `=`
+      {"QQ", std::string("A\0", 2)},  // a trailing pair counts as 2 bytes
       {"QUI", std::string("AB\0", 3)},
-      {"Zm9v\r\nYmFy", "foobar"},           // white space is dropped
-      {" Zm\t9v\aYm\bFy\v\f", "foobar"},    // bell and backspace too
-      {"\xDAm9v", "foo"},                   // bit 7 is ignored: 0xDA reads as 'Z'
-      {"Zm9v=YmFy", "foo\xFD\x89\x85"},      // `=` first in a group reads as 63; the rest
-                                            // "y" adds a byte, the `=` takes one off the end
+      {"Zm9v\r\nYmFy", "foobar"},         // white space is dropped
+      {" Zm\t9v\aYm\bFy\v\f", "foobar"},  // bell and backspace too
+      {"\xDAm9v", "foo"},                 // bit 7 is ignored: 0xDA reads as 'Z'
+      {"Zm9v=YmFy", "foo\xFD\x89\x85"},   // `=` first in a group reads as 63; the rest
+                                          // "y" adds a byte, the `=` takes one off the end
       {"Zm9vYmFy=", "foobar"},
-      {"Q!==", "C"},                        // '!' reads as 62
-      {"====", ""},                         // never below 0
+      {"Q!==", "C"},  // '!' reads as 62
+      {"====", ""},   // never below 0
       {"", ""},
   };
   for (const auto& c : cases) {

@@ -62,8 +62,8 @@ std::string Answer(const Arguments& words) {
   }
   if (op == "shl") {
     ExpectCount(args, 2);
-    return NumberText(number(0) << static_cast<int32_t>(
-                          ParseDecimal(args[1], "BITS", INT32_MIN, INT32_MAX)));
+    return NumberText(
+        number(0) << static_cast<int32_t>(ParseDecimal(args[1], "BITS", INT32_MIN, INT32_MAX)));
   }
   if (op == "bits" || op == "isprime" || op == "bytes" || op == "minimal") {
     ExpectCount(args, 1);
