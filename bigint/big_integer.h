@@ -160,6 +160,8 @@ class CBigInteger {
   // when the result is already decided (in *result).
   bool StartModPow(const CBigInteger& exponent, const CBigInteger& modulus, CBigInteger* temp,
                    CBigInteger* positiveModulus, bool* negativeBase, CBigInteger* result) const;
+  // srand(time), then `words` words of rand() from word 0; `length` up to the last non-zero one.
+  static CBigInteger SeededRandom(int32_t words);
   static CBigInteger BarrettWalk(CBigInteger temp, const CBigInteger& exponent,
                                  const CBigInteger& modulus);
   static CBigInteger FastPower(const CBigInteger& base, const CBigInteger& exponent,

@@ -31,6 +31,16 @@ static_assert(kSmallPrimes[kSmallPrimeCount - 1] == 1999, "the primes below 2000
 
 }  // namespace
 
+CBigInteger CBigInteger::SeededRandom(int32_t words) {
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  CBigInteger value;
+  for (int32_t i = 0; i < words; ++i) {
+    value.data_[i] = static_cast<uint32_t>(std::rand());
+    if (value.data_[i] != 0) value.length_ = i + 1;
+  }
+  return value;
+}
+
 int32_t CBigInteger::MillerRabinRound() const {
   const CBigInteger nMinusOne = *this - CBigInteger(1);
   CBigInteger d(nMinusOne);
@@ -40,15 +50,7 @@ int32_t CBigInteger::MillerRabinRound() const {
     d.length_ = ShiftRightWords(d.data_, kMaxLength, 1);
     ++s;
   }
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
-  CBigInteger a;
-  int32_t used = 0;
-  for (int32_t i = 0; i < 151; ++i) {
-    a.data_[i] = static_cast<uint32_t>(std::rand());
-    if (a.data_[i] != 0) used = i + 1;
-  }
-  a.length_ = used > 0 ? used : 1;
-  CBigInteger b = a.ModPow(d, *this);
+  CBigInteger b = SeededRandom(151).ModPow(d, *this);
   if (b == CBigInteger(1)) return 1;
   if (s == 0) return 0;
   const CBigInteger two(2);
@@ -68,14 +70,7 @@ int32_t CBigInteger::IsProbablePrime() const {
 }
 
 CBigInteger CBigInteger::GeneratePrime() {
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
-  CBigInteger candidate;
-  int32_t used = 0;
-  for (int32_t i = 0; i < 303; ++i) {
-    candidate.data_[i] = static_cast<uint32_t>(std::rand());
-    if (candidate.data_[i] != 0) used = i + 1;
-  }
-  candidate.length_ = used > 0 ? used : 1;
+  CBigInteger candidate = SeededRandom(303);
   candidate.data_[0] |= 1;
   const CBigInteger two(2);
   while (candidate.IsProbablePrime() == 0) candidate.CopyFrom(candidate + two);

@@ -245,6 +245,55 @@ TEST(BigIntegerTest, BitCountTrimsInPlace) {
   EXPECT_EQ(zero.BitCount(), 0);
 }
 
+// Values at and past the width, through every operation: each call returns, stays inside its
+// words (the sanitizer builds watch), and leaves a length from 1 to 1024.
+TEST(BigIntegerTest, ExtremeValuesStayInsideTheirWords) {
+  std::mt19937 random(1024);
+  std::vector<uint32_t> full(1024), half(512);
+  for (uint32_t& word : full) word = random();
+  for (uint32_t& word : half) word = random();
+  const CBigInteger most = CBigInteger(1) << 32767;
+  const CBigInteger values[] = {
+      CBigInteger(),
+      CBigInteger(1),
+      CBigInteger(-1),
+      -CBigInteger(1),
+      most,
+      most - CBigInteger(1),
+      CBigInteger(full.data(), 1024),
+      CBigInteger(half.data(), 512),
+      -CBigInteger(half.data(), 512),
+      -Text("-FFFFFFFF00000001", 16),
+      CBigInteger(1) << 16352,
+  };
+  auto check = [](const CBigInteger& result) {
+    EXPECT_GE(result.length(), 1);
+    EXPECT_LE(result.length(), CBigInteger::kMaxLength);
+  };
+  std::vector<uint8_t> buffer(4096);
+  for (const CBigInteger& a : values) {
+    for (const CBigInteger& b : values) {
+      check(a + b);
+      check(a - b);
+      check(a * b);
+      check(a / b);
+      check(a % b);
+      check(a.ModPow(CBigInteger(5), b));
+      check(a.ModPowBarrett(CBigInteger(5), b));
+      check(b.ModPow(a, CBigInteger(1000003)));
+    }
+    check(a << 31);
+    check(-a);
+    CBigInteger copy = a;
+    copy.ExportMinimal(buffer.data(), 4096);
+    copy.GetBytes(buffer.data(), 4096);
+    EXPECT_LE(copy.BitCount(), 32768);
+    check(CBigInteger::Gcd(a, CBigInteger(1000003)));
+    check(CBigInteger::ModInverse(CBigInteger(1000003), a));
+    EXPECT_GE(copy.IsProbablePrime(), 0);
+  }
+}
+
 // Small values against the machine's own 64-bit arithmetic, which truncates the same way.
 TEST(BigIntegerTest, SmallValuesAgreeWithMachineArithmetic) {
   std::mt19937_64 random(11);

@@ -59,7 +59,7 @@ def main():
         sys.exit(__doc__)
     vsmkit = sys.argv[1]
     rng = random.Random(6405)
-    sizes = list(range(0, 13)) + [rng.randint(13, 4096) for _ in range(60)] + [1 << 20]
+    sizes = list(range(0, 13)) + [rng.randint(13, 4096) for _ in range(24)] + [1 << 20]
     runs = 0
     for size in sizes:
         data = bytes(rng.getrandbits(8) for _ in range(size))

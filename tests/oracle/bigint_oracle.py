@@ -169,7 +169,7 @@ def rsa_expected(form, e, n, d):
 
 def check_rsa(vsmkit, rng):
     runs = 0
-    for _ in range(40):
+    for _ in range(20):
         e = bytes(rng.getrandbits(8) for _ in range(rng.randint(1, 64)))
         n = bytes(rng.getrandbits(8) for _ in range(rng.randint(1, 256)))
         d = bytes(rng.getrandbits(8) for _ in range(rng.randint(0, 300)))
