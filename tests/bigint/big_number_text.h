@@ -45,10 +45,8 @@ inline std::string Describe(const CBigInteger& value) {
 
 inline std::string Hex(const uint8_t* bytes, int32_t count) {
   std::string text;
-  char digits[3];
   for (int32_t i = 0; i < count; ++i) {
-    std::snprintf(digits, sizeof digits, "%02x", bytes[i]);
-    text += digits;
+    text += {"0123456789abcdef"[bytes[i] >> 4], "0123456789abcdef"[bytes[i] & 15]};
   }
   return text;
 }
