@@ -2,10 +2,11 @@
 //
 // ModPow has two walks over the exponent. The Barrett walk follows the method step by step: the
 // exponent's bits from the bottom, one Reduce per product, an early end once the running square
-// is 1. For a base below a modulus of 2 to 511 words its result is exactly base^exponent mod
-// modulus with a minimal `length` (every product stays below b^(2k), where Barrett's bound
-// holds), so ModPow computes that number by the faster method of modular_power.h instead and
-// keeps the Barrett walk for the inputs outside that range, whose results it alone defines.
+// is 1. For a base below a non-zero modulus of up to 511 words (both without words above their
+// length) its result is exactly base^exponent mod modulus with a minimal `length`: every
+// product stays below b^(2k), where Barrett's bound holds. ModPow computes that number by the
+// faster method of modular_power.h instead and keeps the Barrett walk for the inputs outside
+// that range, whose results it alone defines.
 #include <algorithm>
 #include <vector>
 

@@ -7,9 +7,10 @@
 //
 // Decoding reports nothing: white space (codes 7 to 13 and the blank) is dropped, a character
 // with bit 7 set decodes like the one without it, an invalid character decodes as 62 (its table
-// value 254, masked to six bits), and the result shrinks by one byte for each `=` anywhere in the
-// text, also in the middle, without moving any byte (never below 0). Trailing characters count
-// whole: "QQ==" gives 3 bytes, then loses 2 for its two `=`.
+// value 254, masked to six bits), `=` as 63 in the first two places of a group of four and as 0
+// elsewhere. Each group writes 3 bytes; a trailing group of 1 to 3 characters counts that many.
+// Then the result shrinks by one byte for each `=` anywhere in the text, also in the middle,
+// without moving any byte, and never below 0: "QQ==" gives 3 bytes, then loses 2.
 //
 // Buffers: a reservation that exceeds a buffer's capacity frees it (the content is not kept)
 // and allocates a zeroed block of (size & ~0xfff) + 4096 bytes; a smaller one reuses the block

@@ -36,7 +36,8 @@ TEST(ModPowTest, FastMethodGivesTheBarrettWalksValueAndLength) {
     if (i % 7 == 0) modulus = -modulus;
     CBigInteger base = Random(random, 1 + static_cast<int>(random() % (words + 2)), pattern);
     if (i % 5 == 0) base = -base;
-    const CBigInteger exponent = Random(random, 1 + static_cast<int>(random() % 10), pattern);
+    const int exponentWords = i < 400 ? 1 + static_cast<int>(random() % 10) : 1;
+    const CBigInteger exponent = Random(random, exponentWords, pattern);
     ASSERT_EQ(Describe(base.ModPow(exponent, modulus)),
               Describe(base.ModPowBarrett(exponent, modulus)))
         << Describe(base) << ", " << Describe(exponent) << ", " << Describe(modulus);
