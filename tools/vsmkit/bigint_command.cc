@@ -12,6 +12,16 @@
 #include "subcommands.h"
 
 namespace vsmkit {
+
+const char kBigintUsage[] =
+    "vsmkit bigint OP ARG...   one operation on hexadecimal numbers, read as the text\n"
+    "                          constructor reads them in radix 16; prints the result in\n"
+    "                          hexadecimal, '-' in front of a negative one\n"
+    "vsmkit bigint             the same for each line \"OP ARG...\" of standard input, one\n"
+    "                          answer line each (\"error: ...\" for a line it can't read)\n"
+    "  OPs: add sub mul div mod gcd A B | modinv A MOD | cmp A B (-1, 0, 1)\n"
+    "       modpow BASE EXP MOD | shl A BITS (decimal) | bits A | isprime A (1, 0)\n"
+    "       frombytes HEX | bytes A | minimal A";
 namespace {
 
 using vsm::CBigInteger;

@@ -7,11 +7,15 @@
 
 namespace vsmkit {
 
-// vsmkit bigint OP ARG... | vsmkit bigint (batch on standard input)
+extern const char kZlibUsage[];
+int RunZlib(const Arguments& arguments);
+extern const char kUnzipUsage[];
+int RunUnzip(const Arguments& arguments);
+extern const char kBigintUsage[];
 int RunBigint(const Arguments& arguments);
-// vsmkit rsa fixed|minimal EXP MOD DATA
+extern const char kRsaUsage[];
 int RunRsa(const Arguments& arguments);
-// vsmkit base64 encode|decode
+extern const char kBase64Usage[];
 int RunBase64(const Arguments& arguments);
 
 }  // namespace vsmkit

@@ -14,25 +14,9 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
-    {"bigint",
-     "vsmkit bigint OP ARG...   one operation on hexadecimal numbers, read as the text\n"
-     "                          constructor reads them in radix 16; prints the result in\n"
-     "                          hexadecimal, '-' in front of a negative one\n"
-     "vsmkit bigint             the same for each line \"OP ARG...\" of standard input, one\n"
-     "                          answer line each (\"error: ...\" for a line it can't read)\n"
-     "  OPs: add sub mul div mod gcd A B | modinv A MOD | cmp A B (-1, 0, 1)\n"
-     "       modpow BASE EXP MOD | shl A BITS (decimal) | bits A | isprime A (1, 0)\n"
-     "       frombytes HEX | bytes A | minimal A",
-     RunBigint},
-    {"rsa",
-     "vsmkit rsa fixed|minimal EXP MOD DATA\n"
-     "                          the raw RSA transformation, all three as hex bytes; prints the\n"
-     "                          result and the whole output buffer in hex",
-     RunRsa},
-    {"base64",
-     "vsmkit base64 encode|decode\n"
-     "                          base64 from standard input to standard output",
-     RunBase64},
+    {"zlib", kZlibUsage, RunZlib},       {"unzip", kUnzipUsage, RunUnzip},
+    {"bigint", kBigintUsage, RunBigint}, {"rsa", kRsaUsage, RunRsa},
+    {"base64", kBase64Usage, RunBase64},
 };
 
 void PrintHelp(FILE* out) {
