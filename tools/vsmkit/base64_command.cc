@@ -9,8 +9,7 @@
 namespace vsmkit {
 
 const char kBase64Usage[] =
-    "vsmkit base64 encode|decode\n"
-    "                          base64 from standard input to standard output";
+    "vsmkit base64 encode|decode     base64 from standard input to standard output";
 
 int RunBase64(const Arguments& arguments) {
   ExpectCount(arguments, 1);

@@ -14,11 +14,11 @@
 namespace vsmkit {
 
 const char kBigintUsage[] =
-    "vsmkit bigint OP ARG...   one operation on hexadecimal numbers, read as the text\n"
-    "                          constructor reads them in radix 16; prints the result in\n"
-    "                          hexadecimal, '-' in front of a negative one\n"
-    "vsmkit bigint             the same for each line \"OP ARG...\" of standard input, one\n"
-    "                          answer line each (\"error: ...\" for a line it can't read)\n"
+    "vsmkit bigint OP ARG...         one operation on hexadecimal numbers, read as the text\n"
+    "                                constructor reads them in radix 16; prints the result\n"
+    "                                in hexadecimal, '-' in front of a negative one\n"
+    "vsmkit bigint                   the same for each line \"OP ARG...\" of standard input,\n"
+    "                                one answer line each (\"error: ...\" for a bad line)\n"
     "  OPs: add sub mul div mod gcd A B | modinv A MOD | cmp A B (-1, 0, 1)\n"
     "       modpow BASE EXP MOD | shl A BITS (decimal) | bits A | isprime A (1, 0)\n"
     "       frombytes HEX | bytes A | minimal A";

@@ -11,8 +11,8 @@ namespace vsmkit {
 
 const char kRsaUsage[] =
     "vsmkit rsa fixed|minimal EXP MOD DATA\n"
-    "                          the raw RSA transformation, all three as hex bytes; prints the\n"
-    "                          result and the whole output buffer in hex";
+    "                                the raw RSA transformation, all three as hex bytes;\n"
+    "                                prints the result and the whole output buffer in hex";
 
 int RunRsa(const Arguments& arguments) {
   ExpectCount(arguments, 4);
