@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libgmp-dev
   python3 procps
+  python3-numpy python3-pil libvips-dev
 )
 
 missing=()

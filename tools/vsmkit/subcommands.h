@@ -18,6 +18,10 @@ int RunRsa(const Arguments& arguments);
 extern const char kBase64Usage[];
 int RunBase64(const Arguments& arguments);
 
+// vsmkit image OP IN.bmp [OUT.bmp] ARG...: one operation of the image kit on a BMP file.
+int RunImage(const Arguments& arguments);
+const char* ImageUsage();
+
 }  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

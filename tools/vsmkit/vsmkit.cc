@@ -14,9 +14,9 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
-    {"zlib", kZlibUsage, RunZlib},       {"unzip", kUnzipUsage, RunUnzip},
-    {"bigint", kBigintUsage, RunBigint}, {"rsa", kRsaUsage, RunRsa},
-    {"base64", kBase64Usage, RunBase64},
+    {"zlib", kZlibUsage, RunZlib},     {"unzip", kUnzipUsage, RunUnzip},
+    {"image", ImageUsage(), RunImage}, {"bigint", kBigintUsage, RunBigint},
+    {"rsa", kRsaUsage, RunRsa},        {"base64", kBase64Usage, RunBase64},
 };
 
 void PrintHelp(FILE* out) {
