@@ -10,6 +10,7 @@ packages=(
   libssl-dev libgmp-dev
   python3 procps
   python3-numpy python3-pil libvips-dev
+  libboost-dev python3-websockets chromium dpkg-dev file
 )
 
 missing=()

@@ -11,6 +11,8 @@ extern const char kZlibUsage[];
 int RunZlib(const Arguments& arguments);
 extern const char kUnzipUsage[];
 int RunUnzip(const Arguments& arguments);
+extern const char kUrlUsage[];
+int RunUrl(const Arguments& arguments);
 extern const char kBigintUsage[];
 int RunBigint(const Arguments& arguments);
 extern const char kRsaUsage[];
