@@ -7,6 +7,7 @@ packages=(
   g++ cmake make pkg-config
   libjsoncpp-dev zlib1g-dev libminizip-dev libutfcpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  libssl-dev libgmp-dev
   python3 procps
   clang libclang-rt-14-dev
   python3-numpy python3-pil libvips-dev

@@ -3,11 +3,13 @@ import subprocess
 import sys
 
 
-def run_oracle(name, checks):
-    """checks: list of (request line, expected answer line). Exits non-zero at a mismatch."""
+def run_oracle(name, checks, arguments=()):
+    """checks: list of (request line, expected answer line); `arguments` follow the program's
+    path. Exits non-zero at a mismatch."""
     if len(sys.argv) != 2:
         sys.exit(sys.modules["__main__"].__doc__)
-    run = subprocess.run([sys.argv[1]], input="".join(line + "\n" for line, _ in checks),
+    run = subprocess.run([sys.argv[1], *arguments],
+                         input="".join(line + "\n" for line, _ in checks),
                          capture_output=True, text=True, check=True)
     answers = run.stdout.split("\n")
     for (line, expected), got in zip(checks, answers):

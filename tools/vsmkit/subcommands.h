@@ -13,6 +13,12 @@ extern const char kUnzipUsage[];
 int RunUnzip(const Arguments& arguments);
 extern const char kUrlUsage[];
 int RunUrl(const Arguments& arguments);
+extern const char kBigintUsage[];
+int RunBigint(const Arguments& arguments);
+extern const char kRsaUsage[];
+int RunRsa(const Arguments& arguments);
+extern const char kBase64Usage[];
+int RunBase64(const Arguments& arguments);
 
 // vsmkit image OP IN.bmp [OUT.bmp] ARG...: one operation of the image kit on a BMP file.
 int RunImage(const Arguments& arguments);

@@ -13,12 +13,18 @@ namespace vsmkit {
 namespace {
 
 // One row per subcommand, in the order --help lists them.
+// Kept one row per line, so that rows added side by side merge cleanly.
+// clang-format off
 const Subcommand kSubcommands[] = {
     {"zlib", kZlibUsage, RunZlib},
     {"unzip", kUnzipUsage, RunUnzip},
     {"image", ImageUsage(), RunImage},
     {"url", kUrlUsage, RunUrl},
+    {"bigint", kBigintUsage, RunBigint},
+    {"rsa", kRsaUsage, RunRsa},
+    {"base64", kBase64Usage, RunBase64},
 };
+// clang-format on
 
 void PrintHelp(FILE* out) {
   fputs("usage: vsmkit KIT ARGUMENTS...\n       vsmkit --help\n\n", out);
