@@ -108,7 +108,8 @@ uint8_t* CImage::BlendRectToDib(ImageRect rect, const uint8_t* color, float opac
 }
 
 bool CImage::DrawRoundedBox(int32_t left, int32_t top, const uint8_t* shape,
-                            uint32_t rightAndBottom, ColorRefValue color, float ratio, float alpha) {
+                            uint32_t rightAndBottom, ColorRefValue color, float ratio,
+                            float alpha) {
   if (shape == nullptr) {
     info_.lastError = kImageBadValue;
     return false;

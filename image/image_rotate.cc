@@ -22,8 +22,8 @@ bool CImage::RotateClockwise() {
   if (!HasWholeRows()) return false;
   CImage temp;
   if (temp.Create(info_.height, info_.width, &info_, 0) == nullptr) return false;
-  const bool done = info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, true)
-                                                             : TurnByTiles(temp, true);
+  const bool done =
+      info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, true) : TurnByTiles(temp, true);
   return done && FinishWith(temp);
 }
 
@@ -31,8 +31,8 @@ bool CImage::RotateCounterClockwise() {
   if (!HasWholeRows()) return false;
   CImage temp;
   if (temp.Create(info_.height, info_.width, &info_, 0) == nullptr) return false;
-  const bool done = info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, false)
-                                                             : TurnByTiles(temp, false);
+  const bool done =
+      info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, false) : TurnByTiles(temp, false);
   return done && FinishWith(temp);
 }
 
@@ -106,7 +106,8 @@ bool CImage::TurnByTiles(CImage& target, bool clockwise) {
           } else if (plain24) {
             std::memcpy(target.PixelAddress24(toX, toY), PixelAddress24(x, y), 3);
           } else {
-            StoreIndexInRow(RowAt(target.info_, toY), toX, bits, IndexInRow(RowAt(info_, y), x, bits));
+            StoreIndexInRow(RowAt(target.info_, toY), toX, bits,
+                            IndexInRow(RowAt(info_, y), x, bits));
           }
         }
       }
@@ -168,16 +169,15 @@ bool CImage::Rotate(int32_t mode, int32_t overflow, const uint8_t* background, b
          FinishWith(temp);
 }
 
-bool CImage::RotateInto(CImage& target, int32_t mode, int32_t overflow,
-                        const uint8_t* background, float c, float s, float startX, float startY,
-                        float addX, float addY) {
+bool CImage::RotateInto(CImage& target, int32_t mode, int32_t overflow, const uint8_t* background,
+                        float c, float s, float startX, float startY, float addX, float addY) {
   const int32_t newWidth = target.info_.width, newHeight = target.info_.height;
   const int32_t width = info_.width, height = info_.height;
   const bool direct = !target.HasPalette();
   // Plain 24-bit bilinear sampling, inlined: the same fixed-point sum as SampleAt's for
   // positions whose four taps lie inside; the others go through SampleAt.
-  const bool inline24 = FastLoopsEnabled() && IsPlain24(info_) && direct && mode != 1 &&
-                        mode != 3 && mode != 4;
+  const bool inline24 =
+      FastLoopsEnabled() && IsPlain24(info_) && direct && mode != 1 && mode != 3 && mode != 4;
   const float lastX = static_cast<float>(width - 1), lastY = static_cast<float>(height - 1);
   float y = startY;
   for (int32_t j = 0; j < newHeight; ++j, y += 1.0f) {

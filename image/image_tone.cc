@@ -120,8 +120,7 @@ bool CImage::ToGrey(ImageRect rect, bool* resized) {
       return true;
     }
     if (!ReadRegion(rect, &region)) return false;
-    if (temp.Create(region.right - region.left, region.bottom - region.top, &info_, 8) ==
-        nullptr) {
+    if (temp.Create(region.right - region.left, region.bottom - region.top, &info_, 8) == nullptr) {
       return false;
     }
     temp.SetGreyRamp();

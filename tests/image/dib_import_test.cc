@@ -73,26 +73,57 @@ TEST(DibImportTest, NormaliseDecodesBitFieldsAndCopiesPlainBlocks) {
     Header header;
     std::string tail;
     bool made;
-    uint16_t depth;     // what the result's header says
-    uint32_t size;      // of the result block
-    std::string pixels; // the result's bytes from offset 40 + 4 * palette entries
+    uint16_t depth;      // what the result's header says
+    uint32_t size;       // of the result block
+    std::string pixels;  // the result's bytes from offset 40 + 4 * palette entries
   } rows[] = {
       // The low bits aren't replicated: 0xFFFF gives F8 FC F8.
       {"5-6-5 white", {1, 1, 16, 3}, std::string(kMasks565) + "ffff0000", true, 24, 44, "f8fcf800"},
-      {"5-5-5", {2, 1, 16, 3}, "007c0000e00300001f000000007c1f00", true, 24, 48, "0000f8f800000000"},
-      {"32 bits ignore masks", {2, 1, 32, 3}, "ff000000ff000000ff000000" "1122334455667788", true, 24,
-       48, "1122335566770000"},
+      {"5-5-5",
+       {2, 1, 16, 3},
+       "007c0000e00300001f000000007c1f00",
+       true,
+       24,
+       48,
+       "0000f8f800000000"},
+      {"32 bits ignore masks",
+       {2, 1, 32, 3},
+       "ff000000ff000000ff000000"
+       "1122334455667788",
+       true,
+       24,
+       48,
+       "1122335566770000"},
       // A colour table in front of 16-bit pixels: the first pass skips it, and leaves the row's
       // padding byte; the second decodes from right behind the masks, and stands.
-      {"16 bits with a table", {1, 1, 16, 3, 2}, std::string(kMasks565) + "aabbccddeeeeeeee" "ffff0099",
-       true, 24, 44, "5074b899"},
+      {"16 bits with a table",
+       {1, 1, 16, 3, 2},
+       std::string(kMasks565) + "aabbccddeeeeeeee"
+                                "ffff0099",
+       true,
+       24,
+       44,
+       "5074b899"},
       {"plain 24 bits copied", {1, 1, 24}, "01020300", true, 24, 44, "01020300"},
       // The source's header stays, in a block the size of a 24-bit picture.
       {"plain 32 bits", {1, 1, 32}, "0a0b0c0d", true, 32, 44, "0a0b0c0d"},
-      {"plain 16 bits reads 0 past its block", {2, 1, 16}, "11223344", true, 16, 48, "1122334400000000"},
+      {"plain 16 bits reads 0 past its block",
+       {2, 1, 16},
+       "11223344",
+       true,
+       16,
+       48,
+       "1122334400000000"},
       // Rows the block doesn't hold read as 0.
-      {"short bit-field block", {2, 2, 32, 3}, "ff000000ff000000ff000000" "010203ff", true, 24, 56,
-       "0102030000000000" "0000000000000000"},
+      {"short bit-field block",
+       {2, 2, 32, 3},
+       "ff000000ff000000ff000000"
+       "010203ff",
+       true,
+       24,
+       56,
+       "0102030000000000"
+       "0000000000000000"},
       {"run-length", {1, 1, 8, 1}, "", false, 0, 0, ""},
       {"JPEG", {1, 1, 24, 4}, "", false, 0, 0, ""},
   };
@@ -126,7 +157,8 @@ TEST(DibImportTest, NormaliseTakesBothResolutionsFromTheHorizontalOne) {
   struct Row {
     int32_t xPels, yPels;
     uint32_t x, y;
-  } rows[] = {{2000, 1000, 2008, 2008}, {0, 1000, 3780, 3780}, {2000, 0, 2008, 3780}, {0, 0, 3780, 3780}};
+  } rows[] = {
+      {2000, 1000, 2008, 2008}, {0, 1000, 3780, 3780}, {2000, 0, 2008, 3780}, {0, 0, 3780, 3780}};
   for (const Row& row : rows) {
     Header header{1, 1, 32, 3};
     header.xPels = row.xPels;
@@ -144,14 +176,23 @@ TEST(DibImportTest, NormaliseTakesBothResolutionsFromTheHorizontalOne) {
 
 TEST(DibImportTest, FlattenComposesOntoWhite) {
   // Per pixel: blue, green, red, alpha in; blue, green, red out.
-  uint8_t* source = Block({4, 1, 32}, "102030ff" "10203000" "40804080" "ffffff01");
+  uint8_t* source = Block({4, 1, 32},
+                          "102030ff"
+                          "10203000"
+                          "40804080"
+                          "ffffff01");
   uint8_t* flat = CImage::FlattenAlphaDib(source);
   ASSERT_NE(nullptr, flat);
   ASSERT_NE(source, flat);
   EXPECT_EQ(24, flat[14]);
   EXPECT_EQ(52u, TrackedSize(flat));
   // (255 - a) * 255 + c * a, over 255, truncating.
-  EXPECT_EQ("102030" "ffffff" "9fbf9f" "ffffff", Hex(flat + 40, 12));
+  EXPECT_EQ(
+      "102030"
+      "ffffff"
+      "9fbf9f"
+      "ffffff",
+      Hex(flat + 40, 12));
   TrackedFree(flat);
   TrackedFree(source);
   uint8_t* plain = Block({1, 1, 24}, "01020300");
@@ -208,10 +249,14 @@ TEST(DibImportTest, HeadersThatClaimTooMuchAreRefusedNotRead) {
     Header header;
     size_t tailBytes;
   } rows[] = {
-      {"rows past the block", {1000, 10, 24}, 64},       {"palette past the block", {4, 4, 8}, 32},
-      {"negative height", {4, -5, 24}, 64},              {"negative width", {-3, 4, 24}, 64},
-      {"300 colours", {2, 2, 8, 0, 300}, 2048},          {"a 124-byte header", {1, 1, 24, 0, 0, 0, 0, 124}, 128},
-      {"seven bits", {8, 1, 7}, 64},                     {"four gigabytes", {1 << 30, 2, 24}, 64},
+      {"rows past the block", {1000, 10, 24}, 64},
+      {"palette past the block", {4, 4, 8}, 32},
+      {"negative height", {4, -5, 24}, 64},
+      {"negative width", {-3, 4, 24}, 64},
+      {"300 colours", {2, 2, 8, 0, 300}, 2048},
+      {"a 124-byte header", {1, 1, 24, 0, 0, 0, 0, 124}, 128},
+      {"seven bits", {8, 1, 7}, 64},
+      {"four gigabytes", {1 << 30, 2, 24}, 64},
       {"zero width", {0, 4, 8}, 1100},
   };
   for (const Row& row : rows) {
@@ -235,7 +280,9 @@ TEST(DibImportTest, HeadersThatClaimTooMuchAreRefusedNotRead) {
 
 TEST(DibImportTest, TheSlotKeepsACopyAndHandsOutNormalisedBlocks) {
   EXPECT_EQ(nullptr, FetchClipboardDib());
-  uint8_t* source = Block({2, 1, 32, 3}, "ff000000ff000000ff000000" "1122334455667788");
+  uint8_t* source = Block({2, 1, 32, 3},
+                          "ff000000ff000000ff000000"
+                          "1122334455667788");
   StoreClipboardDib(source);
   std::memset(source + 52, 0, 8);  // the slot holds its own copy
   uint8_t* first = FetchClipboardDib();

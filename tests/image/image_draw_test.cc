@@ -26,8 +26,10 @@ TEST(ImageDrawTest, FillRectPaintsTheRegionByEntryOrColour) {
     uint32_t bits;
     ImageRect rect, region;
     uint32_t error;
-  } rows[] = {{24, {1, 1, 3, 2}, {1, 1, 3, 2}, 0},  {8, {4, 3, 2, -1}, {2, 0, 4, 5}, 0},
-              {4, {5, 4, 1, 1}, {1, 1, 5, 4}, 0},   {1, {0, 0, 7, 5}, {0, 0, 7, 5}, 0},
+  } rows[] = {{24, {1, 1, 3, 2}, {1, 1, 3, 2}, 0},
+              {8, {4, 3, 2, -1}, {2, 0, 4, 5}, 0},
+              {4, {5, 4, 1, 1}, {1, 1, 5, 4}, 0},
+              {1, {0, 0, 7, 5}, {0, 0, 7, 5}, 0},
               {24, {2, 2, 2, 4}, {0, 0, 0, 0}, 5}};
   for (const Row& row : rows) {
     SCOPED_TRACE(&row - rows);
@@ -38,8 +40,9 @@ TEST(ImageDrawTest, FillRectPaintsTheRegionByEntryOrColour) {
     image.FillRect(row.rect, color);
     EXPECT_EQ(row.error, image.GetLastError());
     CImage nearest(source.GetDib());
-    const ColorValue painted =
-        nearest.HasPalette() ? nearest.PaletteColorAt(nearest.NearestPaletteIndex(0x302010)) : 0x302010;
+    const ColorValue painted = nearest.HasPalette()
+                                   ? nearest.PaletteColorAt(nearest.NearestPaletteIndex(0x302010))
+                                   : 0x302010;
     for (int32_t i = 0; i < 35; ++i) {
       const int32_t x = i % 7, y = i / 7;
       const ColorValue want = InRect(x, y, row.region) ? painted : source.PixelColorAt(x, y);

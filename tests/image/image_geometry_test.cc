@@ -33,13 +33,21 @@ struct Move {
 
 const Move kMoves[] = {
     {"flip", [](CImage& i) { return i.FlipRows(); }, false,
-     [](int32_t x, int32_t y, int32_t, int32_t h, int32_t* fx, int32_t* fy) { *fx = x, *fy = h - 1 - y; }},
+     [](int32_t x, int32_t y, int32_t, int32_t h, int32_t* fx, int32_t* fy) {
+       *fx = x, *fy = h - 1 - y;
+     }},
     {"mirror", [](CImage& i) { return i.MirrorColumns(); }, false,
-     [](int32_t x, int32_t y, int32_t w, int32_t, int32_t* fx, int32_t* fy) { *fx = w - 1 - x, *fy = y; }},
+     [](int32_t x, int32_t y, int32_t w, int32_t, int32_t* fx, int32_t* fy) {
+       *fx = w - 1 - x, *fy = y;
+     }},
     {"clockwise", [](CImage& i) { return i.RotateClockwise(); }, true,
-     [](int32_t x, int32_t y, int32_t w, int32_t, int32_t* fx, int32_t* fy) { *fx = w - 1 - y, *fy = x; }},
+     [](int32_t x, int32_t y, int32_t w, int32_t, int32_t* fx, int32_t* fy) {
+       *fx = w - 1 - y, *fy = x;
+     }},
     {"counter", [](CImage& i) { return i.RotateCounterClockwise(); }, true,
-     [](int32_t x, int32_t y, int32_t, int32_t h, int32_t* fx, int32_t* fy) { *fx = y, *fy = h - 1 - x; }},
+     [](int32_t x, int32_t y, int32_t, int32_t h, int32_t* fx, int32_t* fy) {
+       *fx = y, *fy = h - 1 - x;
+     }},
     {"half", [](CImage& i) { return i.RotateHalfTurn(); }, false,
      [](int32_t x, int32_t y, int32_t w, int32_t h, int32_t* fx, int32_t* fy) {
        *fx = w - 1 - x, *fy = h - 1 - y;
@@ -93,10 +101,12 @@ TEST(ImageGeometryTest, RightAnglesByTruncationAndTheTest) {
     double angle;
     bool isRight, turns;
     int32_t width;  // width after RotateRightAngle on a 5 x 3 picture
-  } rows[] = {{90, true, true, 3},     {-90, true, true, 3},   {270, true, true, 3},
-              {180, true, true, 5},    {0, true, true, 5},     {720, true, true, 5},
-              {45, false, false, 5},   {90.5, false, true, 3}, {-0.5, false, true, 5},
-              {std::nan(""), false, false, 5}, {1e30, false, false, 5}, {-1e30, false, false, 5}};
+  } rows[] = {{90, true, true, 3},     {-90, true, true, 3},
+              {270, true, true, 3},    {180, true, true, 5},
+              {0, true, true, 5},      {720, true, true, 5},
+              {45, false, false, 5},   {90.5, false, true, 3},
+              {-0.5, false, true, 5},  {std::nan(""), false, false, 5},
+              {1e30, false, false, 5}, {-1e30, false, false, 5}};
   std::mt19937 random(3);
   for (const Row& row : rows) {
     SCOPED_TRACE(row.angle);
@@ -121,9 +131,12 @@ TEST(ImageGeometryTest, RotateByAnyAngle) {
     int32_t width, height;
     uint32_t error;
     const char* same;  // which exact routine gives the same block, if any
-  } rows[] = {{30, false, true, 112, 93, 0, nullptr},   {30, true, true, 100, 50, 0, nullptr},
-              {90, true, true, 50, 100, 0, "clockwise"}, {-90, false, true, 50, 100, 0, "counter"},
-              {0.00001f, false, true, 100, 50, 0, "none"}, {180.00001f, false, true, 100, 50, 0, "half"},
+  } rows[] = {{30, false, true, 112, 93, 0, nullptr},
+              {30, true, true, 100, 50, 0, nullptr},
+              {90, true, true, 50, 100, 0, "clockwise"},
+              {-90, false, true, 50, 100, 0, "counter"},
+              {0.00001f, false, true, 100, 50, 0, "none"},
+              {180.00001f, false, true, 100, 50, 0, "half"},
               {std::nanf(""), false, false, 100, 50, 5, "none"},
               {1e30f, false, true, -1, -1, 0, nullptr}};
   for (const Row& row : rows) {
@@ -172,10 +185,10 @@ TEST(ImageGeometryTest, CropsReadTheRegionRule) {
     uint32_t error;
     int32_t left, top, width, height;
   } rows[] = {
-      {{0, 0, -1, -1}, true, 0, 0, 0, 7, 5},   {{5, 4, 100, 100}, true, 0, 0, 0, 7, 5},
-      {{1, 1, 4, 3}, true, 0, 1, 1, 3, 2},     {{4, 3, 1, 1}, true, 0, 1, 1, 3, 2},
-      {{2, 0, -1, 3}, true, 0, 0, 0, 7, 3},    {{-5, 1, 3, -1}, true, 0, 0, 0, 3, 5},
-      {{3, 1, 3, 4}, false, 5, 0, 0, 7, 5},    {{10, 0, 12, 2}, false, 5, 0, 0, 7, 5},
+      {{0, 0, -1, -1}, true, 0, 0, 0, 7, 5}, {{5, 4, 100, 100}, true, 0, 0, 0, 7, 5},
+      {{1, 1, 4, 3}, true, 0, 1, 1, 3, 2},   {{4, 3, 1, 1}, true, 0, 1, 1, 3, 2},
+      {{2, 0, -1, 3}, true, 0, 0, 0, 7, 3},  {{-5, 1, 3, -1}, true, 0, 0, 0, 3, 5},
+      {{3, 1, 3, 4}, false, 5, 0, 0, 7, 5},  {{10, 0, 12, 2}, false, 5, 0, 0, 7, 5},
   };
   for (uint32_t bits : {1u, 4u, 8u, 24u}) {
     CImage source;
@@ -235,9 +248,8 @@ TEST(ImageGeometryTest, ExtendWidthPaintsNewColumnsOrCrops) {
         ASSERT_EQ(want, ValueAt(image, x, y)) << x << "," << y;
       }
     }
-    auto results = FastAndPlain(source, [&](CImage& copy) {
-      ASSERT_TRUE(copy.ExtendWidth(row.newWidth, row.color));
-    });
+    auto results = FastAndPlain(
+        source, [&](CImage& copy) { ASSERT_TRUE(copy.ExtendWidth(row.newWidth, row.color)); });
     EXPECT_EQ(results.second, results.first);
   }
 }
@@ -251,7 +263,8 @@ TEST(ImageGeometryTest, PasteClipsAndTurnsColoursBlackOrWhiteOnOneBit) {
     uint32_t bits;
     int32_t x, y;
     int32_t atX, atY;  // where the picture's (0, 0) lands
-  } rows[] = {{24, 2, 1, 2, 1}, {24, -4, -1, 0, 0}, {1, 1, 0, 1, 0}, {24, 5, 0, 5, 0}, {8, 3, 2, 3, 2}};
+  } rows[] = {
+      {24, 2, 1, 2, 1}, {24, -4, -1, 0, 0}, {1, 1, 0, 1, 0}, {24, 5, 0, 5, 0}, {8, 3, 2, 3, 2}};
   for (const Row& row : rows) {
     SCOPED_TRACE(&row - rows);
     onto.Destroy();
@@ -289,19 +302,30 @@ TEST(ImageGeometryTest, ProgressAndCancelByOperation) {
     bool kept;
   } rows[] = {
       {"flip", 24, 4, 3, -1, [](CImage& i) { return i.FlipRows(); }, "0 33 66 ", true, 0, false},
-      {"flip cancelled", 24, 4, 3, 2, [](CImage& i) { return i.FlipRows(); }, "0 33 ", false, 1, true},
-      {"1-bit turn", 1, 10, 2, -1, [](CImage& i) { return i.RotateClockwise(); }, "0 50 ", true, 0, false},
+      {"flip cancelled", 24, 4, 3, 2, [](CImage& i) { return i.FlipRows(); }, "0 33 ", false, 1,
+       true},
+      {"1-bit turn", 1, 10, 2, -1, [](CImage& i) { return i.RotateClockwise(); }, "0 50 ", true, 0,
+       false},
       // Tiles report the last column bound over the height: 130 * 100 / 70.
-      {"tile turn", 24, 130, 70, -1, [](CImage& i) { return i.RotateClockwise(); }, "0 185 ", true, 0, false},
-      {"tile turn cancelled", 8, 130, 70, 1, [](CImage& i) { return i.RotateClockwise(); }, "0 ", false, 1, true},
+      {"tile turn", 24, 130, 70, -1, [](CImage& i) { return i.RotateClockwise(); }, "0 185 ", true,
+       0, false},
+      {"tile turn cancelled", 8, 130, 70, 1, [](CImage& i) { return i.RotateClockwise(); }, "0 ",
+       false, 1, true},
       {"counter tiles are silent", 24, 130, 70, -1,
        [](CImage& i) { return i.RotateCounterClockwise(); }, "", true, 0, false},
-      {"extend", 4, 3, 2, 2, [](CImage& i) { return i.ExtendWidth(9, 0); }, "0 50 ", false, 1, true},
-      {"rotate counts new rows", 24, 2, 2, -1, [](CImage& i) { return i.Rotate(2, 1, nullptr, false, 45); },
-       "0 33 66 ", true, 0, false},
+      {"extend", 4, 3, 2, 2, [](CImage& i) { return i.ExtendWidth(9, 0); }, "0 50 ", false, 1,
+       true},
+      {"rotate counts new rows", 24, 2, 2, -1,
+       [](CImage& i) { return i.Rotate(2, 1, nullptr, false, 45); }, "0 33 66 ", true, 0, false},
       {"crop counts to the region's end", 8, 3, 6, -1,
-       [](CImage& i) { return i.Crop(ImageRect{0, 2, -1, 4}); }, "50 75 ", true, 0, false},
-      {"crop cancelled: no error", 8, 3, 6, 1, [](CImage& i) { return i.Crop(ImageRect{0, 2, -1, 4}); },
+       [](CImage& i) {
+         return i.Crop(ImageRect{0, 2, -1, 4});
+       },
+       "50 75 ", true, 0, false},
+      {"crop cancelled: no error", 8, 3, 6, 1,
+       [](CImage& i) {
+         return i.Crop(ImageRect{0, 2, -1, 4});
+       },
        "50 ", false, 0, true},
   };
   for (const Row& row : rows) {

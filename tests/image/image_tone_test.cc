@@ -16,7 +16,8 @@ namespace vsm {
 namespace {
 
 uint8_t Grey(ColorValue c) {
-  return static_cast<uint8_t>(((c >> 8 & 0xFF) * 601 + (c & 0xFF) * 117 + (c >> 16 & 0xFF) * 306) >> 10);
+  return static_cast<uint8_t>(((c >> 8 & 0xFF) * 601 + (c & 0xFF) * 117 + (c >> 16 & 0xFF) * 306) >>
+                              10);
 }
 
 TEST(ImageToneTest, ThresholdMakesOneBitPicturesOfTheRegion) {
@@ -152,7 +153,8 @@ TEST(ImageToneTest, TablesMapPalettesOrShiftPlainBytes) {
   CImage shifted(deep.GetDib());
   ASSERT_TRUE(shifted.ApplyLut(identity));
   const uint32_t size = deep.GetInfo()->imageSize;
-  for (uint32_t i = 0; i + 1 < size; ++i) EXPECT_EQ(deep.GetInfo()->bits[i + 1], shifted.GetInfo()->bits[i]);
+  for (uint32_t i = 0; i + 1 < size; ++i)
+    EXPECT_EQ(deep.GetInfo()->bits[i + 1], shifted.GetInfo()->bits[i]);
   EXPECT_EQ(0, shifted.GetInfo()->bits[size - 1]);  // the byte past the block reads as 0
   EXPECT_FALSE(shifted.ApplyLut(nullptr));
   EXPECT_EQ(5u, shifted.GetLastError());
@@ -166,11 +168,21 @@ TEST(ImageToneTest, TablesMapPalettesOrShiftPlainBytes) {
       {"gamma 1", [](CImage& i) { i.ApplyGamma(1.0f); }, {{0, 0}, {1, 1}, {128, 128}, {255, 255}}},
       {"gamma 2", [](CImage& i) { i.ApplyGamma(2.0f); }, {{0, 0}, {1, 15}, {64, 127}, {255, 255}}},
       {"gamma 0", [](CImage& i) { i.ApplyGamma(0.0f); }, {{0, 0}, {1, 0}, {200, 0}, {255, 0}}},
-      {"light 0 0", [](CImage& i) { i.ApplyLight(0, 0); }, {{0, 0}, {1, 1}, {200, 200}, {255, 255}}},
-      {"light 0 -100", [](CImage& i) { i.ApplyLight(0, -100); }, {{0, 128}, {1, 128}, {200, 128}, {255, 128}}},
-      {"brightness 20", [](CImage& i) { i.AdjustBrightness(20); }, {{0, 20}, {1, 21}, {234, 254}, {240, 255}}},
-      {"contrast 50", [](CImage& i) { i.AdjustContrast(50); }, {{0, 0}, {50, 11}, {130, 131}, {200, 236}}},
-      {"brightness 300", [](CImage& i) { i.AdjustBrightness(300); }, {{0, 255}, {1, 255}, {9, 255}, {255, 255}}},
+      {"light 0 0",
+       [](CImage& i) { i.ApplyLight(0, 0); },
+       {{0, 0}, {1, 1}, {200, 200}, {255, 255}}},
+      {"light 0 -100",
+       [](CImage& i) { i.ApplyLight(0, -100); },
+       {{0, 128}, {1, 128}, {200, 128}, {255, 128}}},
+      {"brightness 20",
+       [](CImage& i) { i.AdjustBrightness(20); },
+       {{0, 20}, {1, 21}, {234, 254}, {240, 255}}},
+      {"contrast 50",
+       [](CImage& i) { i.AdjustContrast(50); },
+       {{0, 0}, {50, 11}, {130, 131}, {200, 236}}},
+      {"brightness 300",
+       [](CImage& i) { i.AdjustBrightness(300); },
+       {{0, 255}, {1, 255}, {9, 255}, {255, 255}}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -241,15 +253,20 @@ TEST(ImageToneTest, ConvolutionSumsClampAndWrapAndBadKernelsAreRefused) {
     bool result;
     ColorValue pixel;  // at (2, 2)
   } rows[] = {
-      {ones, 3, 0, 0, true, 0x09121B},      // no division: 9 times each channel
-      {ones, 3, 9, 0, true, 0x010203},      {centre, 3, 1, 300, true, 0xFFFFFF},
-      {centre, 3, -1, 0, true, 0x000000},   {centre, 3, 1, -2, true, 0x000001},
+      {ones, 3, 0, 0, true, 0x09121B},  // no division: 9 times each channel
+      {ones, 3, 9, 0, true, 0x010203},
+      {centre, 3, 1, 300, true, 0xFFFFFF},
+      {centre, 3, -1, 0, true, 0x000000},
+      {centre, 3, 1, -2, true, 0x000001},
       // Sums wrap at 32 bits: v * (2^31 - 2) for a channel v. Over -1 they change sign
       // without a trap.
-      {huge, 3, -1, 0, true, 0x000400},     {huge, 3, 1, 0, true, 0xFF00FF},
+      {huge, 3, -1, 0, true, 0x000400},
+      {huge, 3, 1, 0, true, 0xFF00FF},
       {lowest, 3, -1, 0, true, 0x000000},
-      {ones, 0, 1, 0, false, 0},            {ones, -1, 1, 0, false, 0},
-      {ones, 46341, 1, 0, false, 0},        {nullptr, 3, 1, 0, false, 0},
+      {ones, 0, 1, 0, false, 0},
+      {ones, -1, 1, 0, false, 0},
+      {ones, 46341, 1, 0, false, 0},
+      {nullptr, 3, 1, 0, false, 0},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(&row - rows);

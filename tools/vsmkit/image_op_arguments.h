@@ -29,9 +29,9 @@ struct ColorBytes {
 
 // LEFT TOP RIGHT BOTTOM from arguments[first] on.
 inline vsm::ImageRect RectArgument(const Arguments& arguments, size_t first) {
-  return vsm::ImageRect{WholeArgument(arguments[first], "L"), WholeArgument(arguments[first + 1], "T"),
-                        WholeArgument(arguments[first + 2], "R"),
-                        WholeArgument(arguments[first + 3], "B")};
+  return vsm::ImageRect{
+      WholeArgument(arguments[first], "L"), WholeArgument(arguments[first + 1], "T"),
+      WholeArgument(arguments[first + 2], "R"), WholeArgument(arguments[first + 3], "B")};
 }
 
 inline void PrintResult(const std::string& text) { WriteStandardOutput(text.data(), text.size()); }

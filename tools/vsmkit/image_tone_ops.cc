@@ -36,7 +36,8 @@ bool Gamma(vsm::CImage& image, const Arguments& arguments) {
 }
 
 bool Light(vsm::CImage& image, const Arguments& arguments) {
-  image.ApplyLight(RealArgument(arguments[0], "BRIGHTNESS"), RealArgument(arguments[1], "CONTRAST"));
+  image.ApplyLight(RealArgument(arguments[0], "BRIGHTNESS"),
+                   RealArgument(arguments[1], "CONTRAST"));
   return Succeeded(image);
 }
 
@@ -71,9 +72,10 @@ bool Box(vsm::CImage& image, const Arguments& arguments) {
   const uint32_t right = static_cast<uint32_t>(ParseDecimal(arguments[2], "RIGHT", 0, 65535));
   const uint32_t bottom = static_cast<uint32_t>(ParseDecimal(arguments[3], "BOTTOM", 0, 65535));
   const uint8_t shape = 0;
-  return image.DrawRoundedBox(WholeArgument(arguments[0], "LEFT"), WholeArgument(arguments[1], "TOP"),
-                              &shape, right << 16 | bottom, ParseHexWord(arguments[4], "COLORREF"),
-                              RealArgument(arguments[5], "RATIO"), RealArgument(arguments[6], "ALPHA"));
+  return image.DrawRoundedBox(
+      WholeArgument(arguments[0], "LEFT"), WholeArgument(arguments[1], "TOP"), &shape,
+      right << 16 | bottom, ParseHexWord(arguments[4], "COLORREF"),
+      RealArgument(arguments[5], "RATIO"), RealArgument(arguments[6], "ALPHA"));
 }
 
 std::string RectText(const vsm::ImageRect& rect) {
