@@ -22,7 +22,8 @@
 //
 // The class is split over several files, one per topic: image_core.cc (life of the block,
 // errors, progress), image_pixels.cc (pixels and palette), image_depth.cc (depth change),
-// image_sampling.cc and image_resample.cc (sampling), image_scale.cc (scaling).
+// image_sampling.cc and image_resample.cc (sampling), image_scale.cc and image_shrink.cc
+// (scaling). Further operations go in files of their own with their declarations here.
 #ifndef VSM_IMAGE_IMAGE_H_
 #define VSM_IMAGE_IMAGE_H_
 
@@ -107,8 +108,8 @@ class CImage {
 
   // Virtual operations, in the order of their slots. The destructor is Destroy().
   virtual ~CImage();
-  // Called from inside long operations with the percentage done; this class's version does
-  // nothing. An override may call Cancel().
+  // Called from inside long operations with the percentage done, for subclasses only; this
+  // class's version does nothing. An override may call Cancel().
   virtual void OnProgress(uint32_t percent);
   // "CImage".
   virtual const char* GetClassName() const;

@@ -30,48 +30,73 @@ void PaletteColors(CImage& image, ColorValue* colors) {
   for (uint32_t i = 0; i < 256; ++i) colors[i] = image.PaletteColorAt(i);
 }
 
-// Adds `error * weight / 16` (truncating towards zero) to each channel of a pixel, clamped to
-// 0..255.
+// Error diffusion by tables: the share error * weight / 16 (truncating towards zero) of each
+// weight, and the clamp to 0..255 of every sum a pixel can reach.
+struct DiffusionTables {
+  DiffusionTables() {
+    const int32_t weights[4] = {7, 2, 4, 1};
+    for (int w = 0; w < 4; ++w) {
+      for (int32_t error = -255; error <= 255; ++error) {
+        share[w][error + 255] = static_cast<int16_t>(error * weights[w] / 16);
+      }
+    }
+    for (int32_t value = -kClampLow; value < 1024 - kClampLow; ++value) {
+      clamp[value + kClampLow] = static_cast<uint8_t>(std::min(std::max(value, 0), 255));
+    }
+  }
+  static constexpr int32_t kClampLow = 256;
+  int16_t share[4][511];
+  uint8_t clamp[1024];
+};
+
+const DiffusionTables& Tables() {
+  static const DiffusionTables tables;
+  return tables;
+}
+
+// Adds one weight's share of the error to each channel of a pixel, clamped to 0..255.
 inline void Diffuse(uint8_t* pixel, const int32_t* error, int32_t weight) {
   for (int c = 0; c < 3; ++c) {
     const int32_t value = pixel[c] + error[c] * weight / 16;
-    pixel[c] = static_cast<uint8_t>(value < 0 ? 0 : value > 255 ? 255 : value);
+    pixel[c] = static_cast<uint8_t>(std::min(std::max(value, 0), 255));
   }
 }
 
-// ReduceBitDepth's walk for a 24-bit source, on rows: the same stores, reads and clamps in the
-// same order as the per-pixel walk, with the target's palette search indexed once. The target
-// searches at least one entry.
+inline void Diffuse(uint8_t* pixel, const int32_t* error, const int16_t* share,
+                    const uint8_t* clamp) {
+  for (int c = 0; c < 3; ++c) pixel[c] = clamp[pixel[c] + share[error[c]]];
+}
+
+// ReduceBitDepth's walk for a 24-bit source, on rows and for one target depth: the same stores,
+// reads and clamps in the same order as the per-pixel walk, with the target's palette search
+// indexed once. The target searches at least one entry.
+template <uint32_t kBits>
 void ReduceRows24(ImageInfo& source, ImageInfo& target, bool diffuse) {
   const uint8_t* palette = target.dib + kDibHeaderSize;
-  const uint32_t count = NearestSearchCount(target);
-  NearestColorIndex search(palette, count);
+  NearestColorIndex search(palette, NearestSearchCount(target));
   NearestCache cache(target);
+  const DiffusionTables& tables = Tables();
+  const uint8_t* clamp = tables.clamp + DiffusionTables::kClampLow;
   const int32_t width = source.width, height = source.height;
-  const uint32_t bits = target.bitCount;
   for (int32_t y = 0; y < height; ++y) {
     uint8_t* row = source.bits + static_cast<size_t>(y) * source.stride;
     uint8_t* below = y + 1 < height ? row + source.stride : nullptr;
     uint8_t* out = target.bits + static_cast<size_t>(y) * target.stride;
     for (int32_t x = 0; x < width; ++x) {
       uint8_t* pixel = row + 3 * static_cast<size_t>(x);
-      const ColorValue color = ColorOfBytes(pixel);
-      StoreIndexInRow(out, x, bits, cache.Lookup(color, search));
+      StoreIndexInRow(out, x, kBits, cache.Lookup(ColorOfBytes(pixel), search));
       if (!diffuse) continue;
-      // The stored index, read back: a cached answer may not fit the target's depth.
-      const uint32_t index = IndexInRow(out, x, bits);
-      const uint8_t* entry = palette + 4 * index;
-      const bool inPalette = index < target.colorsUsed;
-      const int32_t error[3] = {pixel[0] - (inPalette ? entry[0] : 0),
-                                pixel[1] - (inPalette ? entry[1] : 0),
-                                pixel[2] - (inPalette ? entry[2] : 0)};
+      // The stored index, read back: a cached answer may not fit the target's depth. The
+      // target has all 1 << kBits entries, so the index names one of them.
+      const uint8_t* entry = palette + 4 * IndexInRow(out, x, kBits);
+      const int32_t error[3] = {pixel[0] - entry[0], pixel[1] - entry[1], pixel[2] - entry[2]};
       const bool right = x + 1 < width;
-      if (right) Diffuse(pixel + 3, error, 7);
+      if (right) Diffuse(pixel + 3, error, tables.share[0] + 255, clamp);
       if (below == nullptr) continue;
       uint8_t* under = below + 3 * static_cast<size_t>(x);
-      if (x > 0) Diffuse(under - 3, error, 2);
-      Diffuse(under, error, 4);
-      if (right) Diffuse(under + 3, error, 1);
+      if (x > 0) Diffuse(under - 3, error, tables.share[1] + 255, clamp);
+      Diffuse(under, error, tables.share[2] + 255, clamp);
+      if (right) Diffuse(under + 3, error, tables.share[3] + 255, clamp);
     }
   }
   cache.StoreInto(&target);
@@ -152,7 +177,9 @@ bool CImage::ReduceBitDepth(uint32_t bits, bool diffuse, const void* palette, ui
   const int32_t width = info_.width, height = info_.height;
   if (FastLoopsEnabled() && info_.bitCount == 24 && !HasPalette() &&
       NearestSearchCount(temp.info_) >= 1) {
-    ReduceRows24(info_, temp.info_, diffuse);
+    if (bits == 8) ReduceRows24<8>(info_, temp.info_, diffuse);
+    if (bits == 4) ReduceRows24<4>(info_, temp.info_, diffuse);
+    if (bits == 1) ReduceRows24<1>(info_, temp.info_, diffuse);
   } else {
     for (int32_t y = 0; y < height; ++y) {
       for (int32_t x = 0; x < width; ++x) {

@@ -52,15 +52,21 @@ uint32_t NearestColorIndex::Find(ColorValue color) {
   const uint32_t cell = (red >> kCellBits) * kCellsPerAxis * kCellsPerAxis +
                         (green >> kCellBits) * kCellsPerAxis + (blue >> kCellBits);
   if (cellStart_[cell] < 0) FillCell(cell);
-  const uint32_t* list = &candidates_[cellStart_[cell]];
-  int32_t best = 200000;
+  const Candidate* list = &candidates_[cellStart_[cell]];
+  const uint32_t count = list[0].index;
+  // Candidates come nearest bound first: once a bound passes the best distance, no later one
+  // can reach it. Equal distances go to the lower index, as in the walk from entry 0.
+  int32_t best = INT32_MAX;
   uint32_t found = 0;
-  for (uint32_t k = 1; k <= list[0]; ++k) {
-    const int32_t distance = Distance(&channels_[3 * list[k]], blue, green, red);
-    if (distance < best) {
+  for (const Candidate* c = list + 1; c <= list + count; ++c) {
+    if (c->bound > best) break;
+    const int32_t db = static_cast<int32_t>(blue) - c->blue;
+    const int32_t dg = static_cast<int32_t>(green) - c->green;
+    const int32_t dr = static_cast<int32_t>(red) - c->red;
+    const int32_t distance = db * db + dg * dg + dr * dr;
+    if (distance < best || (distance == best && c->index < found)) {
       best = distance;
-      found = list[k];
-      if (distance == 0) break;
+      found = c->index;
     }
   }
   return found;
@@ -87,12 +93,17 @@ void NearestColorIndex::FillCell(uint32_t cell) {
     nearest[i] = least;
     bound = std::min(bound, most);
   }
-  cellStart_[cell] = static_cast<int32_t>(candidates_.size());
-  candidates_.push_back(0);
+  std::vector<std::pair<int32_t, uint32_t>> kept;
   for (uint32_t i = 0; i < count_; ++i) {
-    if (nearest[i] > bound) continue;
-    candidates_.push_back(i);
-    ++candidates_[cellStart_[cell]];
+    if (nearest[i] <= bound) kept.emplace_back(nearest[i], i);
+  }
+  std::sort(kept.begin(), kept.end());
+  cellStart_[cell] = static_cast<int32_t>(candidates_.size());
+  candidates_.push_back(Candidate{0, static_cast<uint32_t>(kept.size()), 0, 0, 0});
+  for (const auto& candidate : kept) {
+    const uint8_t* entry = &channels_[3 * candidate.second];
+    candidates_.push_back(
+        Candidate{candidate.first, candidate.second, entry[0], entry[1], entry[2]});
   }
 }
 

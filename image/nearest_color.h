@@ -23,9 +23,10 @@ uint32_t NearestSearchCount(const ImageInfo& info);
 
 // A snapshot of a palette that gives exactly NearestEntry's answers. The colour cube is cut into
 // cells of 8 x 8 x 8; a cell's candidates are the entries that can be nearest for some colour in
-// it (an entry whose smallest distance to the cell exceeds another entry's largest can't), kept
-// in index order, so the walk over them meets the same winner first. Cells are filled on first
-// use. The palette must not change while the index is in use.
+// it (an entry whose smallest distance to the cell exceeds another entry's largest can't),
+// ordered by that smallest distance, so a search stops at the first candidate that can't come
+// closer than the best so far. Cells are filled on first use. The palette must not change
+// while the index is in use.
 class NearestColorIndex {
  public:
   NearestColorIndex(const uint8_t* palette, uint32_t count);
@@ -34,10 +35,18 @@ class NearestColorIndex {
  private:
   void FillCell(uint32_t cell);
 
+  // A candidate of a cell: its smallest distance to the cell, its index and its colour.
+  struct Candidate {
+    int32_t bound;
+    uint32_t index;
+    uint8_t blue, green, red;
+  };
+
   uint32_t count_;
-  std::vector<uint8_t> channels_;     // blue, green, red per entry
-  std::vector<int32_t> cellStart_;    // into candidates_, -1 until filled
-  std::vector<uint32_t> candidates_;  // per cell: the number of candidates, then their indices
+  std::vector<uint8_t> channels_;   // blue, green, red per entry
+  std::vector<int32_t> cellStart_;  // into candidates_, -1 until filled
+  // Per cell: a count, then that many candidates by increasing bound.
+  std::vector<Candidate> candidates_;
 };
 
 // The image's one-entry cache (lastColor, lastIndex, lastValid) carried through a loop in locals,

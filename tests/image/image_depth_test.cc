@@ -1,5 +1,6 @@
-// Depth change: the row loops against the per-pixel walk on random pictures, and the rules of
-// the three depth functions. image_kit_oracle.py checks the resulting bytes against numpy.
+// Depth change: the row loops against the per-pixel walk on random pictures, and what the three
+// depth functions refuse. image_kit_oracle.py checks the resulting bytes against numpy: every
+// depth pair, the standard palettes, grey ramps, diffusion and the colour tree's palettes.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -66,36 +67,6 @@ TEST(ImageDepthTest, WhatEachDepthFunctionAcceptsAndLeaves) {
   EXPECT_EQ(before, BlockBytes(eight));
   EXPECT_FALSE(eight.ReduceBitDepth(2, false, nullptr, 0));  // no palette size for 2 bits
   EXPECT_EQ(before, BlockBytes(eight));
-
-  // Three colours through the quantizer: exact entries, the rest of the palette black, and no
-  // error left to diffuse.
-  CImage few;
-  few.Create(5, 3, few.GetInfo(), 24);
-  const ColorValue colors[3] = {0x102030, 0xF0E0D0, 0x808000};
-  for (int32_t i = 0; i < 15; ++i) few.StorePixelColor(i % 5, i / 5, colors[i % 3]);
-  ASSERT_TRUE(few.ConvertBitDepth(8, true));
-  EXPECT_EQ(8, few.GetInfo()->bitCount);
-  for (int32_t i = 0; i < 15; ++i) EXPECT_EQ(colors[i % 3], few.PixelColorAt(i % 5, i / 5));
-  for (uint32_t i = 3; i < 256; ++i) EXPECT_EQ(0u, few.PaletteColorAt(i)) << i;
-
-  // A 1-bit picture raised to 24 bits takes each pixel's palette colour; reduced back, black and
-  // white whatever its palette said.
-  CImage one;
-  FillRandom(one, 10, 2, 1, random);
-  one.StorePaletteColor(0, 0x123456);
-  one.StorePaletteColor(1, 0xABCDEF);
-  CImage copy(one.GetDib());
-  ASSERT_TRUE(copy.ConvertBitDepth(24, false));
-  for (int32_t x = 0; x < 10; ++x) EXPECT_EQ(one.PixelColorAt(x, 1), copy.PixelColorAt(x, 1));
-  ASSERT_TRUE(one.ReduceBitDepth(1, false, nullptr, 2));
-  EXPECT_EQ(0u, one.PaletteColorAt(0));
-  EXPECT_EQ(0xFFFFFFu, one.PaletteColorAt(1));
-
-  // Diffusion on 2 x 2: the writes past the right edge and the last row disappear.
-  CImage tiny;
-  FillRandom(tiny, 2, 2, 24, random);
-  EXPECT_TRUE(tiny.ConvertBitDepth(4, true));
-  EXPECT_EQ(4, tiny.GetInfo()->bitCount);
 }
 
 }  // namespace

@@ -107,23 +107,19 @@ TEST(ImagePixelsTest, FindOrAddLooksAppendsOrFallsBackToTheNearest) {
   EXPECT_EQ(0, full.FindOrAddPaletteColor(0x123456, 0));
 }
 
-TEST(ImagePixelsTest, GreyRampsStandardPalettesAndPaletteCopies) {
-  // clang-format off
-  struct Row { uint32_t bits, entry; ColorValue ramp, standard; } rows[] = {
-      {1, 1, 0x77FFFFFF, 0x77FFFFFF}, {4, 1, 0x77111111, 0x800000}, {4, 15, 0x77FFFFFF, 0xFFFFFF},
-      {8, 200, 0x77C8C8C8, 0x257300}, {8, 40, 0x77282828, 0xFE0000}, {8, 246, 0x77F6F6F6, 0xFFFBF0}};
-  // clang-format on
-  for (const Row& row : rows) {
-    SCOPED_TRACE(&row - rows);
+TEST(ImagePixelsTest, GreyRampsAndPaletteCopies) {
+  // bits, an entry, its grey after SetGreyRamp; the spare byte stays
+  const uint32_t rows[][3] = {
+      {1, 1, 0x77FFFFFF}, {4, 1, 0x77111111}, {4, 15, 0x77FFFFFF}, {8, 200, 0x77C8C8C8}};
+  for (const auto& row : rows) {
     CImage image;
-    image.Create(2, 1, image.GetInfo(), row.bits);
+    image.Create(2, 1, image.GetInfo(), row[0]);
     for (uint32_t i = 0; i < image.GetColorCount(); ++i) image.StorePaletteColor(i, 0x77000000);
     image.SetGreyRamp();
-    EXPECT_EQ(row.ramp, image.PaletteColorAt(row.entry));  // the spare byte stays
+    EXPECT_EQ(row[2], image.PaletteColorAt(row[1]));
     EXPECT_TRUE(image.IsGreyPalette());
-    image.SetStandardPalette();  // nothing at 1 bit
-    EXPECT_EQ(row.standard, image.PaletteColorAt(row.entry));
-    EXPECT_EQ(row.bits == 1, image.IsGreyPalette());
+    image.SetStandardPalette();
+    EXPECT_EQ(row[0] == 1, image.IsGreyPalette());  // nothing at 1 bit
   }
   // SetPalette copies only what fits: the pixels behind a 16-entry palette stay.
   CImage image;
