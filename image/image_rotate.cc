@@ -99,15 +99,28 @@ bool CImage::TurnByTiles(CImage& target, bool clockwise) {
       for (int32_t x = x0; x < columnBound; ++x) {
         // Source column x is destination row toY; source row y is destination column toX.
         const int32_t toY = clockwise ? width - 1 - x : x;
+        if (rows && bits != 4) {
+          // Down the source column, along the destination row, a pixel of 3 or 1 bytes.
+          const size_t size = bits / 8;
+          const uint8_t* from = RowAt(info_, y0) + size * x;
+          uint8_t* to = RowAt(target.info_, toY) + size * (clockwise ? y0 : height - 1 - y0);
+          const ptrdiff_t step = clockwise ? size : -static_cast<ptrdiff_t>(size);
+          for (int32_t y = y0; y < yEnd; ++y, from += info_.stride, to += step) {
+            if (plain24) {
+              std::memcpy(to, from, 3);
+            } else {
+              *to = *from;
+            }
+          }
+          continue;
+        }
         for (int32_t y = y0; y < yEnd; ++y) {
           const int32_t toX = clockwise ? y : height - 1 - y;
-          if (!rows) {
-            CopyPixelTo(target, toX, toY, x, y);
-          } else if (plain24) {
-            std::memcpy(target.PixelAddress24(toX, toY), PixelAddress24(x, y), 3);
-          } else {
+          if (rows) {
             StoreIndexInRow(RowAt(target.info_, toY), toX, bits,
                             IndexInRow(RowAt(info_, y), x, bits));
+          } else {
+            CopyPixelTo(target, toX, toY, x, y);
           }
         }
       }

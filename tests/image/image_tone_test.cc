@@ -224,17 +224,26 @@ TEST(ImageToneTest, ConvolutionShiftsByTheKernelWithTheBorderOfEachPath) {
       }
     }
   }
-  // The direct loop over plain 24-bit rows against the per-pixel one.
-  CImage colour;
+  // The row forms against the per-pixel walks: 16- and 32-bit sums, every kind of divisor.
+  CImage colour, grey;
   FillRandom(colour, 23, 17, 24, random);
-  std::vector<int32_t> kernel(25);
-  for (int32_t& weight : kernel) weight = static_cast<int32_t>(random() % 9) - 3;
-  for (int32_t size : {3, 5, 1}) {
-    for (int32_t factor : {1, 7, -3, 0}) {
-      auto results = FastAndPlain(colour, [&](CImage& copy) {
-        ASSERT_TRUE(copy.Convolve(kernel.data(), size, factor, 20));
-      });
-      EXPECT_EQ(results.second, results.first) << size << " " << factor;
+  FillRandom(grey, 19, 13, 8, random);
+  grey.SetGreyRamp();
+  std::vector<int32_t> narrow(25), wide(25);
+  for (int32_t i = 0; i < 25; ++i) {
+    narrow[i] = static_cast<int32_t>(random() % 9) - 3;
+    wide[i] = static_cast<int32_t>(random() % 401) - 200;
+  }
+  for (CImage* picture : {&colour, &grey}) {
+    for (const std::vector<int32_t>* kernel : {&narrow, &wide}) {
+      for (int32_t size : {3, 5, 1}) {
+        for (int32_t factor : {1, 16, 7, -3, 0, -1, 40000}) {
+          auto results = FastAndPlain(*picture, [&](CImage& copy) {
+            ASSERT_TRUE(copy.Convolve(kernel->data(), size, factor, 20));
+          });
+          EXPECT_EQ(results.second, results.first) << size << " " << factor;
+        }
+      }
     }
   }
 }
