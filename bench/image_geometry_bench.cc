@@ -73,7 +73,9 @@ void BM_KitConvolve3x3(benchmark::State& state) {
 }
 
 void BM_KitToGrey(benchmark::State& state) {
-  Kit(state, [](vsm::CImage& image) { return image.ToGrey(vsm::ImageRect{0, 0, -1, -1}, nullptr); });
+  Kit(state, [](vsm::CImage& image) {
+    return image.ToGrey(vsm::ImageRect{0, 0, -1, -1}, nullptr);
+  });
 }
 
 // The picture's rows as a vips image; rows of 6000 pixels need no padding.
@@ -110,7 +112,8 @@ void Vips(benchmark::State& state, const std::function<int(VipsImage*, VipsImage
 }
 
 void BM_VipsRot90(benchmark::State& state) {
-  Vips(state, [](VipsImage* in, VipsImage** out) { return vips_rot(in, out, VIPS_ANGLE_D90, nullptr); });
+  Vips(state,
+       [](VipsImage* in, VipsImage** out) { return vips_rot(in, out, VIPS_ANGLE_D90, nullptr); });
 }
 
 void BM_VipsRotate30Bilinear(benchmark::State& state) {

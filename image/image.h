@@ -422,7 +422,8 @@ class CImage {
   // Copies pixel (x, y) to (toX, toY) of `target`: by index between palette images of one depth,
   // else by colour. The per-pixel form behind every row loop.
   void CopyPixelTo(CImage& target, int32_t toX, int32_t toY, int32_t x, int32_t y);
-  // The tile walk of the quarter turns at 4, 8 and 24 bits.
+  // The quarter turns: a bit walk at 1 bit, the tile walk at 4, 8 and 24 bits.
+  bool TurnQuarter(bool clockwise);
   bool TurnByTiles(CImage& target, bool clockwise);
   bool TurnOneBit(CImage& target, bool clockwise);
   // The walk of Rotate over the destination, with the sampling inlined for plain 24-bit

@@ -21,8 +21,6 @@ constexpr int32_t kLargestKernel = 46340;
 
 typedef uint32_t Lanes __attribute__((vector_size(16)));
 typedef uint8_t LaneBytes __attribute__((vector_size(4)));
-typedef uint16_t NarrowLanes __attribute__((vector_size(16)));
-typedef uint8_t NarrowBytes __attribute__((vector_size(8)));
 typedef int16_t NarrowFour __attribute__((vector_size(8)));
 typedef int32_t Ints __attribute__((vector_size(16)));
 typedef float Floats __attribute__((vector_size(16)));
@@ -73,38 +71,27 @@ inline uint8_t Finish(uint32_t sum, const Quotient& quotient, int32_t offset) {
   return value <= 0 ? 0 : value <= 254 ? static_cast<uint8_t>(value) : 255;
 }
 
-// sums[j] += weight * bytes[j] for `count` entries, four at a time.
-void AddWeighted(uint32_t* sums, const uint8_t* bytes, size_t count, int32_t weight) {
-  const uint32_t w = static_cast<uint32_t>(weight);
-  const Lanes weights = {w, w, w, w};
+// sums[j] += weight * bytes[j] for `count` entries, a register of sums at a time. Sums of 16
+// bits serve kernels whose sums can't leave -32768..32767 (255 times the sum of the weights'
+// sizes at most 32767): there they equal the 32-bit ones, and twice as many fit a register.
+template <typename Sum>
+void AddWeighted(Sum* sums, const uint8_t* bytes, size_t count, int32_t weight) {
+  constexpr size_t kLanes = 16 / sizeof(Sum);
+  typedef Sum SumLanes __attribute__((vector_size(16)));
+  typedef uint8_t ByteLanes __attribute__((vector_size(kLanes)));
+  const Sum w = static_cast<Sum>(weight);
+  SumLanes weights;
+  for (size_t k = 0; k < kLanes; ++k) weights[k] = w;
   size_t j = 0;
-  for (; j + 4 <= count; j += 4) {
-    LaneBytes four;
-    Lanes lanes;
-    std::memcpy(&four, bytes + j, 4);
+  for (; j + kLanes <= count; j += kLanes) {
+    ByteLanes some;
+    SumLanes lanes;
+    std::memcpy(&some, bytes + j, kLanes);
     std::memcpy(&lanes, sums + j, 16);
-    lanes += __builtin_convertvector(four, Lanes) * weights;
+    lanes += __builtin_convertvector(some, SumLanes) * weights;
     std::memcpy(sums + j, &lanes, 16);
   }
-  for (; j < count; ++j) sums[j] += w * bytes[j];
-}
-
-// The same in 16 bits, eight at a time, for kernels whose sums can't leave -32768..32767
-// (255 times the sum of the weights' sizes at most 32767): there the 16-bit sums equal the
-// 32-bit ones.
-void AddWeighted(uint16_t* sums, const uint8_t* bytes, size_t count, int32_t weight) {
-  const uint16_t w = static_cast<uint16_t>(weight);
-  const NarrowLanes weights = {w, w, w, w, w, w, w, w};
-  size_t j = 0;
-  for (; j + 8 <= count; j += 8) {
-    NarrowBytes eight;
-    NarrowLanes lanes;
-    std::memcpy(&eight, bytes + j, 8);
-    std::memcpy(&lanes, sums + j, 16);
-    lanes += __builtin_convertvector(eight, NarrowLanes) * weights;
-    std::memcpy(sums + j, &lanes, 16);
-  }
-  for (; j < count; ++j) sums[j] = static_cast<uint16_t>(sums[j] + w * bytes[j]);
+  for (; j < count; ++j) sums[j] = static_cast<Sum>(sums[j] + w * bytes[j]);
 }
 
 void FinishRun(uint8_t* to, const uint32_t* sums, size_t count, const Quotient& quotient,

@@ -18,21 +18,16 @@ constexpr int32_t kTile = 64;
 
 }  // namespace
 
-bool CImage::RotateClockwise() {
-  if (!HasWholeRows()) return false;
-  CImage temp;
-  if (temp.Create(info_.height, info_.width, &info_, 0) == nullptr) return false;
-  const bool done =
-      info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, true) : TurnByTiles(temp, true);
-  return done && FinishWith(temp);
-}
+bool CImage::RotateClockwise() { return TurnQuarter(true); }
 
-bool CImage::RotateCounterClockwise() {
+bool CImage::RotateCounterClockwise() { return TurnQuarter(false); }
+
+bool CImage::TurnQuarter(bool clockwise) {
   if (!HasWholeRows()) return false;
   CImage temp;
   if (temp.Create(info_.height, info_.width, &info_, 0) == nullptr) return false;
-  const bool done =
-      info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, false) : TurnByTiles(temp, false);
+  const bool done = info_.bitCount == 1 && IsIndexed(info_) ? TurnOneBit(temp, clockwise)
+                                                            : TurnByTiles(temp, clockwise);
   return done && FinishWith(temp);
 }
 
