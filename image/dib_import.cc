@@ -178,8 +178,14 @@ uint8_t* CImage::FlattenAlphaDib(const void* dib) {
   if (fields.bitCount < 32) return const_cast<uint8_t*>(source);
   if (fields.width < 1 || fields.height < 1) return nullptr;
   const uint64_t width = static_cast<uint32_t>(fields.width);
+  const uint64_t height = static_cast<uint32_t>(fields.height);
   const uint64_t stride = static_cast<uint64_t>(RowBytes(fields.width, 24));
-  if (kDibHeaderSize + stride * static_cast<uint32_t>(fields.height) > 0xFFFFFFFEu) return nullptr;
+  const uint64_t sourceStride = static_cast<uint64_t>(RowBytes(fields.width, fields.bitCount));
+  // A block shorter than the rows its header claims isn't a picture to compose.
+  if (kDibHeaderSize + stride * height > 0xFFFFFFFEu ||
+      kDibHeaderSize + sourceStride * height > blockSize) {
+    return nullptr;
+  }
   // The source's header with 40 bytes, 24 bits and no colour table; compression and the pixel
   // array size stay as the source says.
   uint8_t header[kDibHeaderSize];
@@ -193,15 +199,8 @@ uint8_t* CImage::FlattenAlphaDib(const void* dib) {
   uint8_t* block = static_cast<uint8_t*>(TrackedAlloc(kTrackedZeroFill, size));
   if (block == nullptr) return nullptr;
   std::memcpy(block, header, kDibHeaderSize);
-  const uint64_t sourceStride = static_cast<uint64_t>(RowBytes(fields.width, fields.bitCount));
-  for (int32_t y = 0; y < fields.height; ++y) {
-    // Rows past the block read as 0: fully transparent, so white.
-    BlockRows row(source, blockSize, kDibHeaderSize + y * sourceStride, width * 4);
-    if (row.rows() == nullptr) {
-      TrackedFree(block);
-      return nullptr;
-    }
-    const uint8_t* from = row.rows();
+  for (uint64_t y = 0; y < height; ++y) {
+    const uint8_t* from = source + kDibHeaderSize + y * sourceStride;
     uint8_t* to = block + kDibHeaderSize + y * stride;
     for (uint64_t x = 0; x < width; ++x, from += 4, to += 3) {
       const uint32_t alpha = from[3], white = (255 - alpha) * 255;

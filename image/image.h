@@ -325,7 +325,8 @@ class CImage {
   void ExpandBitfields(const uint8_t* source, uint32_t redMask, uint32_t greenMask,
                        uint32_t blueMask, uint32_t depth);
   // A 32-bit (or deeper) picture composed onto white as a new 24-bit block the caller owns;
-  // `dib` itself below 32 bits; null for a block under 40 bytes, sizes below 1, or no memory.
+  // `dib` itself below 32 bits; null for a block under 40 bytes or shorter than its rows, sizes
+  // below 1, or no memory.
   static uint8_t* FlattenAlphaDib(const void* dib);
   // Attach, with a 32-bit picture flattened first: the image then owns the new block and frees
   // `dib` when it was handed over (copy and external both false). A block the tracked heap knows

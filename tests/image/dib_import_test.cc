@@ -258,6 +258,7 @@ TEST(DibImportTest, HeadersThatClaimTooMuchAreRefusedNotRead) {
       {"seven bits", {8, 1, 7}, 64},
       {"four gigabytes", {1 << 30, 2, 24}, 64},
       {"zero width", {0, 4, 8}, 1100},
+      {"32-bit rows past the block", {8, 8, 32}, 64},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
