@@ -1,6 +1,6 @@
 """The geometry, tone, filter and drawing formulas computed independently with numpy and Python's
-integers, for image_geometry_kit_oracle.py and image_tone_kit_oracle.py. Pictures are
-image_reference.Pic; results are packed DIB bytes unless a function says otherwise.
+integers, for image_operations_kit_oracle.py. Pictures are image_reference.Pic; results are
+packed DIB bytes unless a function says otherwise.
 """
 import math
 
