@@ -13,6 +13,12 @@ namespace vsm {
 // Bytes of one row padded to four bytes: ((width * bits + 31) / 32) * 4, truncating towards zero.
 inline int64_t RowBytes(int64_t width, int64_t bits) { return (width * bits + 31) / 32 * 4; }
 
+// Source pixels per destination pixel, width / newWidth and height / newHeight, in 32-bit floats
+// as every resizing loop takes them.
+inline float ScaleOf(int32_t size, int32_t newSize) {
+  return static_cast<float>(size) / static_cast<float>(newSize);
+}
+
 // The fields of a 40-byte header that sizes depend on.
 struct DibHeaderFields {
   uint32_t headerSize;

@@ -17,8 +17,7 @@ void CImage::ResampleSampled(int32_t newWidth, int32_t newHeight, int32_t mode, 
   if (newWidth == info_.width && newHeight == info_.height) return;
   CImage temp;
   if (temp.Create(newWidth, newHeight, &info_, 0) == nullptr) return;
-  const float xScale = static_cast<float>(info_.width) / static_cast<float>(newWidth);
-  const float yScale = static_cast<float>(info_.height) / static_cast<float>(newHeight);
+  const float xScale = ScaleOf(info_.width, newWidth), yScale = ScaleOf(info_.height, newHeight);
   const bool averaging = !noAveraging && (xScale > 1 || yScale > 1);
   const bool direct = !averaging && !temp.HasPalette();
   for (int32_t y = 0; y < newHeight; ++y) {

@@ -105,8 +105,7 @@ bool CImage::ResampleCore(int32_t newWidth, int32_t newHeight, int32_t method) {
 
 void CImage::ScaleNearest(CImage& target) {
   const int32_t newWidth = target.info_.width, newHeight = target.info_.height;
-  const float xScale = static_cast<float>(info_.width) / static_cast<float>(newWidth);
-  const float yScale = static_cast<float>(info_.height) / static_cast<float>(newHeight);
+  const float xScale = ScaleOf(info_.width, newWidth), yScale = ScaleOf(info_.height, newHeight);
   std::vector<int32_t> columns(newWidth), rows(newHeight);
   bool inside = true;
   for (int32_t x = 0; x < newWidth; ++x) {
@@ -154,8 +153,7 @@ void CImage::ScaleNearest(CImage& target) {
 void CImage::ScaleBilinear(CImage& target) {
   const int32_t width = info_.width, height = info_.height;
   const int32_t newWidth = target.info_.width, newHeight = target.info_.height;
-  const float xScale = static_cast<float>(width) / static_cast<float>(newWidth);
-  const float yScale = static_cast<float>(height) / static_cast<float>(newHeight);
+  const float xScale = ScaleOf(width, newWidth), yScale = ScaleOf(height, newHeight);
   // Per destination column and row: the two source positions and the fraction.
   struct Axis {
     int32_t first, second;
@@ -223,8 +221,7 @@ void CImage::ScaleBilinear(CImage& target) {
 void CImage::ScaleBSpline(CImage& target) {
   const int32_t width = info_.width, height = info_.height;
   const int32_t newWidth = target.info_.width, newHeight = target.info_.height;
-  const float xScale = static_cast<float>(width) / static_cast<float>(newWidth);
-  const float yScale = static_cast<float>(height) / static_cast<float>(newHeight);
+  const float xScale = ScaleOf(width, newWidth), yScale = ScaleOf(height, newHeight);
   // Per destination column: the four clamped source columns and BSplineWeight(dx - n); per row
   // the four clamped rows and BSplineWeight(m - dy). Note the opposite signs.
   struct Taps {

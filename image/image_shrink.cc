@@ -45,8 +45,7 @@ void ScheduleColumns(int32_t width, int32_t newWidth, float xScale, ColumnSchedu
 void CImage::ShrinkByArea(CImage& target) {
   const int32_t width = info_.width, height = info_.height;
   const int32_t newWidth = target.info_.width, newHeight = target.info_.height;
-  const float xScale = static_cast<float>(width) / static_cast<float>(newWidth);
-  const float yScale = static_cast<float>(height) / static_cast<float>(newHeight);
+  const float xScale = ScaleOf(width, newWidth), yScale = ScaleOf(height, newHeight);
   const int64_t divisor = std::max<int64_t>(TruncToInt(xScale * 1000 * yScale), 1);
   ColumnSchedule schedule{std::vector<int32_t>(width), std::vector<int32_t>(width), 0};
   ScheduleColumns(width, newWidth, xScale, &schedule);

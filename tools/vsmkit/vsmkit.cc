@@ -14,6 +14,8 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
+    {"zlib", kZlibUsage, RunZlib},
+    {"unzip", kUnzipUsage, RunUnzip},
     {"image", ImageUsage(), RunImage},
 };
 
