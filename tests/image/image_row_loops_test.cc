@@ -24,6 +24,7 @@ TEST(ImageRowLoopsTest, MatchThePerPixelWalks) {
   }
   const uint8_t color[4] = {0x10, 0x20, 0x30, 0};
   using Operation = std::function<void(CImage&)>;
+  // clang-format off
   std::vector<std::pair<std::string, Operation>> operations = {
       {"cw", [](CImage& i) { i.RotateClockwise(); }},
       {"ccw", [](CImage& i) { i.RotateCounterClockwise(); }},
@@ -32,21 +33,22 @@ TEST(ImageRowLoopsTest, MatchThePerPixelWalks) {
       {"rotate kept", [](CImage& i) { i.Rotate(0, 1, nullptr, true, 33); }},
       {"rotate cubic", [](CImage& i) { i.Rotate(3, 4, nullptr, false, 61); }},
       {"extend", [](CImage& i) { i.ExtendWidth(i.GetInfo()->width + 9, 0x123456); }},
-      {"threshold", [](CImage& i) { i.Threshold({1, 2, -1, 9}, 100); }},
+      {"threshold", [](CImage& i) { i.Threshold(ImageRect{1, 2, -1, 9}, 100); }},
       {"negate", [](CImage& i) { i.Negate(); }},
-      {"fill", [&](CImage& i) { i.FillRect({2, 1, 7, 4}, color); }},
-      {"paste", [](CImage& i) {
-         uint8_t* part = CImage(i.GetDib()).CropToDib({1, 1, 9, 5});
+      {"fill", [&](CImage& i) { i.FillRect(ImageRect{2, 1, 7, 4}, color); }},
+      {"paste",
+       [](CImage& i) {
+         uint8_t* part = CImage(i.GetDib()).CropToDib(ImageRect{1, 1, 9, 5});
          i.Paste(2, 1, part);
          TrackedFree(part);
        }},
   };
+  // clang-format on
   for (int32_t size : {1, 3, 5}) {
     for (int32_t factor : {1, 16, 7, -3, 0, -1, 40000}) {
       for (const std::vector<int32_t>* kernel : {&narrow, &wide}) {
-        operations.emplace_back(
-            "convolve " + std::to_string(size) + " / " + std::to_string(factor),
-            [=](CImage& i) { i.Convolve(kernel->data(), size, factor, 20); });
+        operations.emplace_back("convolve " + std::to_string(size) + " / " + std::to_string(factor),
+                                [=](CImage& i) { i.Convolve(kernel->data(), size, factor, 20); });
       }
     }
   }
