@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 procps
   python3-numpy python3-pil libvips-dev
+  libboost-dev python3-websockets chromium dpkg-dev file
 )
 
 missing=()

@@ -17,6 +17,7 @@ const Subcommand kSubcommands[] = {
     {"zlib", kZlibUsage, RunZlib},
     {"unzip", kUnzipUsage, RunUnzip},
     {"image", ImageUsage(), RunImage},
+    {"url", kUrlUsage, RunUrl},
 };
 
 void PrintHelp(FILE* out) {
