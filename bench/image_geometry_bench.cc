@@ -9,27 +9,11 @@
 //                   bytes; Pillow's conversion to L.
 // Times are processor seconds of the process (libvips's worker included), so other load on the
 // machine doesn't tilt the ratios. Pillow runs in a child process that times the operation alone.
-#include <benchmark/benchmark.h>
-#include <time.h>
-#include <unistd.h>
-#include <vips/vips.h>
-
-#include <cstdio>
-#include <cstring>
-#include <functional>
-#include <string>
-
-#include "image/image.h"
+#include "bench/image_baselines.h"
 
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
-
-double CpuSeconds() {
-  timespec now;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 // Diagonal bands with a little noise, made once.
 vsm::CImage& Source() {
@@ -49,14 +33,9 @@ vsm::CImage& Source() {
   return *source;
 }
 
-// Times `operation` on a fresh copy of the picture per iteration.
-void Kit(benchmark::State& state, const std::function<bool(vsm::CImage&)>& operation) {
-  for (auto _ : state) {
-    vsm::CImage image(Source().GetDib());
-    const double start = CpuSeconds();
-    if (!operation(image)) state.SkipWithError("the kit refused");
-    state.SetIterationTime(CpuSeconds() - start);
-  }
+template <typename Operation>
+void Kit(benchmark::State& state, Operation operation) {
+  vsm::bench::RunKit(state, Source(), operation);
 }
 
 void BM_KitRotateClockwise(benchmark::State& state) {
@@ -78,37 +57,10 @@ void BM_KitToGrey(benchmark::State& state) {
   });
 }
 
-// The picture's rows as a vips image; rows of 6000 pixels need no padding.
-VipsImage* VipsSource() {
-  static VipsImage* image = [] {
-    if (VIPS_INIT("image_geometry_bench") != 0) return static_cast<VipsImage*>(nullptr);
-    vips_concurrency_set(1);
-    vips_cache_set_max(0);
-    const vsm::ImageInfo& info = *Source().GetInfo();
-    return vips_image_new_from_memory(info.bits, info.imageSize, kWidth, kHeight, 3,
-                                      VIPS_FORMAT_UCHAR);
-  }();
-  return image;
-}
-
-// Times building and computing `operation`'s output into memory.
-void Vips(benchmark::State& state, const std::function<int(VipsImage*, VipsImage**)>& operation) {
-  VipsImage* in = VipsSource();
-  if (in == nullptr) {
-    state.SkipWithError("libvips didn't start");
-    return;
-  }
-  for (auto _ : state) {
-    const double start = CpuSeconds();
-    VipsImage* out = nullptr;
-    VipsImage* memory = vips_image_new_memory();
-    if (operation(in, &out) != 0 || vips_image_write(out, memory) != 0) {
-      state.SkipWithError(vips_error_buffer());
-    }
-    if (out != nullptr) g_object_unref(out);
-    g_object_unref(memory);
-    state.SetIterationTime(CpuSeconds() - start);
-  }
+template <typename Operation>
+void Vips(benchmark::State& state, Operation operation) {
+  static VipsImage* source = vsm::bench::VipsPicture(Source());
+  vsm::bench::RunVips(state, source, operation);
 }
 
 void BM_VipsRot90(benchmark::State& state) {
@@ -146,46 +98,9 @@ void BM_VipsGrey(benchmark::State& state) {
   g_object_unref(weights);
 }
 
-// The picture as a BMP file for Pillow, removed when the program ends.
-struct PictureFile {
-  PictureFile() {
-    const vsm::ImageInfo& info = *Source().GetInfo();
-    path = "/tmp/vsm_image_geometry_bench_" + std::to_string(getpid()) + ".bmp";
-    uint8_t header[14] = {'B', 'M'};
-    const uint32_t size = 14 + info.dibSize, offset = 14 + 40;
-    std::memcpy(header + 2, &size, 4);
-    std::memcpy(header + 10, &offset, 4);
-    FILE* file = fopen(path.c_str(), "wb");
-    const bool written = file != nullptr && fwrite(header, 1, 14, file) == 14 &&
-                         fwrite(info.dib, 1, info.dibSize, file) == info.dibSize;
-    if (file != nullptr) fclose(file);
-    if (!written) path.clear();
-  }
-  ~PictureFile() {
-    if (!path.empty()) remove(path.c_str());
-  }
-  std::string path;
-};
-
 void Pillow(benchmark::State& state, const char* operation) {
-  static PictureFile file;
-  if (file.path.empty()) {
-    state.SkipWithError("cannot write the picture file");
-    return;
-  }
-  const std::string command =
-      std::string("/usr/bin/python3 ") + VSM_PILLOW_TIMING + " " + file.path + " " + operation;
-  for (auto _ : state) {
-    FILE* child = popen(command.c_str(), "r");
-    double seconds = -1;
-    const bool read = child != nullptr && fscanf(child, "%lf", &seconds) == 1;
-    if (child != nullptr && pclose(child) != 0) seconds = -1;
-    if (!read || seconds < 0) {
-      state.SkipWithError("Pillow timing failed");
-      break;
-    }
-    state.SetIterationTime(seconds);
-  }
+  static vsm::bench::PictureFile file(Source());
+  vsm::bench::RunPillow(state, file, operation);
 }
 
 void BM_PillowTranspose(benchmark::State& state) { Pillow(state, "cw"); }
@@ -195,17 +110,15 @@ void BM_PillowGrey(benchmark::State& state) { Pillow(state, "grey"); }
 
 }  // namespace
 
-#define VSM_GEOMETRY_BENCH(name) \
-  BENCHMARK(name)->Unit(benchmark::kMillisecond)->Iterations(3)->UseManualTime()
-VSM_GEOMETRY_BENCH(BM_KitRotateClockwise);
-VSM_GEOMETRY_BENCH(BM_VipsRot90);
-VSM_GEOMETRY_BENCH(BM_PillowTranspose);
-VSM_GEOMETRY_BENCH(BM_KitRotate30Bilinear);
-VSM_GEOMETRY_BENCH(BM_VipsRotate30Bilinear);
-VSM_GEOMETRY_BENCH(BM_PillowRotate30Bilinear);
-VSM_GEOMETRY_BENCH(BM_KitConvolve3x3);
-VSM_GEOMETRY_BENCH(BM_VipsConv3x3);
-VSM_GEOMETRY_BENCH(BM_PillowKernel3x3);
-VSM_GEOMETRY_BENCH(BM_KitToGrey);
-VSM_GEOMETRY_BENCH(BM_VipsGrey);
-VSM_GEOMETRY_BENCH(BM_PillowGrey);
+VSM_IMAGE_BENCH(BM_KitRotateClockwise);
+VSM_IMAGE_BENCH(BM_VipsRot90);
+VSM_IMAGE_BENCH(BM_PillowTranspose);
+VSM_IMAGE_BENCH(BM_KitRotate30Bilinear);
+VSM_IMAGE_BENCH(BM_VipsRotate30Bilinear);
+VSM_IMAGE_BENCH(BM_PillowRotate30Bilinear);
+VSM_IMAGE_BENCH(BM_KitConvolve3x3);
+VSM_IMAGE_BENCH(BM_VipsConv3x3);
+VSM_IMAGE_BENCH(BM_PillowKernel3x3);
+VSM_IMAGE_BENCH(BM_KitToGrey);
+VSM_IMAGE_BENCH(BM_VipsGrey);
+VSM_IMAGE_BENCH(BM_PillowGrey);
