@@ -1,6 +1,7 @@
 #include "support/rw_lock.h"
 
 #include <sched.h>
+#include <time.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,11 +14,17 @@ namespace vsm {
 namespace {
 
 constexpr uint32_t kWriteHold = 0x10000;
-// How often a thread looks at a busy lock again, yielding the processor in between, before it
+// How long a thread looks at a busy lock again, yielding the processor in between, before it
 // sleeps in the polling wait. Holds last well under a microsecond, so the lock is nearly always
-// free again long before the first 1 or 2 ms poll step would end; a few dozen looks cost
-// microseconds even on a loaded machine.
-constexpr int kLooksBeforeWaiting = 32;
+// free again long before the first 1 or 2 ms poll step would end. The bound is in time, not in
+// looks: on a loaded machine one yield may give the processor away for a whole time slice.
+constexpr int64_t kLookingNanoseconds = 50000;
+
+int64_t MonotonicNanoseconds() {
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
 
 }  // namespace
 
@@ -163,12 +170,14 @@ int CRWLock::UpgradeCore(uint32_t timeoutMs) {
 }
 
 void CRWLock::LookAgainWhileBusy(bool forWrite) {
-  for (int look = 0; look < kLooksBeforeWaiting && (writers_ != 0 || (forWrite && readers_ != 0));
-       ++look) {
+  auto busy = [&] { return writers_ != 0 || (forWrite && readers_ != 0); };
+  if (!busy()) return;
+  const int64_t start = MonotonicNanoseconds();
+  do {
     mutex_.Unlock();
     sched_yield();
     mutex_.Lock();
-  }
+  } while (busy() && MonotonicNanoseconds() - start < kLookingNanoseconds);
 }
 
 int32_t CRWLock::FindThread(uint32_t threadId) const {
