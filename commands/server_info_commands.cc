@@ -26,7 +26,7 @@ int32_t PortOrMissing(const PortTable& table, const char* alias) {
 
 void ManagerClient::GetServerInfo(HttpParamRequest* request) {
   SetError(0, kDefaultErrorText);
-  const std::string host = ReadDefaultConfigValue("Server", nullptr, nullptr);
+  const std::string host = ReadConfigKey(kServerKey);
   PortTable sslPorts;
   PortTable plainPorts;
   LoadSslPortTable(&sslPorts, false);
@@ -47,10 +47,10 @@ void ManagerClient::SetServerInfo(HttpParamRequest* request) {
   if (!ValueText(parameters[0], &host) || !ReadInt(parameters[1], &vsmPort) ||
       !ReadInt(parameters[2], &vsmSslPort) || !ReadInt(parameters[3], &qptPort) ||
       !ReadInt(parameters[4], &qptSslPort)) {
-    ReplyParameterType(request);
+    ReplyRawParameterTypeError(request);
     return;
   }
-  WriteDefaultConfigValue("Server", host.c_str(), nullptr);
+  WriteConfigKey(kServerKey, host.c_str());
   SetPlainPortOf(static_cast<uint32_t>(qptPort), kScanningModuleAlias);
   SetSslPortOf(static_cast<uint32_t>(qptSslPort), kScanningModuleAlias);
   SetPlainPortOf(static_cast<uint32_t>(vsmPort), kModuleAlias);
@@ -72,7 +72,7 @@ void ManagerClient::CheckQPTPort(HttpParamRequest* request) {
   int32_t firstPort = -1, secondPort = -1;
   if (!ValueText(parameters[0], &host) || !ReadInt(parameters[1], &firstPort) ||
       !ReadInt(parameters[2], &secondPort)) {
-    ReplyParameterType(request);
+    ReplyRawParameterTypeError(request);
     return;
   }
   bool free = !IsPortInUse(static_cast<uint16_t>(firstPort), host) &&

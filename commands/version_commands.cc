@@ -60,7 +60,7 @@ void ManagerClient::VSVersion(HttpParamRequest* request) {
   // The key is read only for a call without parameters; with any parameter the version stays
   // empty. Pages rely on the plain call, and the asymmetry stays.
   std::string version;
-  if (request->GetParameters().empty()) version = ReadDefaultConfigValue("VSVersion", "0", nullptr);
+  if (request->GetParameters().empty()) version = ReadConfigKey(kVSVersionKey);
   request->SetResult(version, nullptr, 0, 0, kSuccessText);
   request->AddResult(ServiceDisplayName, true, 0, kSuccessText);
 }

@@ -147,9 +147,7 @@ bool IsUserServiceMode() { return strcasecmp(ReadConfigKey(kServiceModeKey).c_st
 
 std::string GetServiceName() { return ReadCachedText(&StartupCache::serviceName); }
 
-void SetServiceName(const std::string& name) {
-  WriteConfigValue("ServiceName", name.c_str(), nullptr, GetServiceFile());
-}
+void SetServiceName(const std::string& name) { WriteConfigKey(kServiceNameKey, name.c_str()); }
 
 bool ReadExitFlag(const std::string& user) { return ReadConfigKeyFlag(kExitFlagKey, user.c_str()); }
 
@@ -165,9 +163,7 @@ void SetFileAccess(bool enabled) { WriteConfigKey(kFileAccessKey, FlagText(enabl
 
 void SetWebcamAccess(bool enabled) { WriteConfigKey(kWebcamAccessKey, FlagText(enabled)); }
 
-bool OnlyLoadSignedModules() {
-  return ReadConfigFlag(kOnlySignedModulesKey.name, kOnlySignedModulesKey.defaultValue);
-}
+bool OnlyLoadSignedModules() { return ReadConfigKeyFlag(kOnlySignedModulesKey); }
 
 bool FileContainsNumber(const std::string& path, int number) {
   FILE* file = fopen(path.c_str(), "rb");
@@ -194,12 +190,12 @@ void CacheStartupSettings() {
       {&cache.enhancedMode, &kEnhancedModeKey},
   };
   for (const auto& flag : flags) {
-    flag.first->store(ReadConfigFlag(flag.second->name, flag.second->defaultValue));
+    flag.first->store(ReadConfigKeyFlag(*flag.second));
   }
   WriteCachedText(&StartupCache::listenType, ReadConfigKey(kListenTypeKey));
-  WriteCachedText(
-      &StartupCache::serviceName,
-      ReadConfigValue("ServiceName", ServiceDisplayName.c_str(), nullptr, GetServiceFile()));
+  WriteCachedText(&StartupCache::serviceName,
+                  ReadConfigValue(kServiceNameKey.name, ServiceDisplayName.c_str(), nullptr,
+                                  GetConfigFilePath(kServiceNameKey.file)));
 }
 
 bool IsScannerAccessEnabled() { return Cache().scannerAccess.load(); }

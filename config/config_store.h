@@ -31,6 +31,11 @@ struct ConfigKey {
   ConfigFileKind file;
   const char* name;
   const char* defaultValue;
+
+  // The same key under another name, for the families of keys that carry a number.
+  constexpr ConfigKey Renamed(const char* otherName) const {
+    return ConfigKey{file, otherName, defaultValue};
+  }
 };
 
 // VSConfiguration.ini, section "VS" unless a section is named.
@@ -56,13 +61,14 @@ inline constexpr ConfigKey kOnlySignedModulesKey{ConfigFileKind::kConfiguration,
                                                  "OnlyLoadVeldoraneSignedModule", "TRUE"};
 inline constexpr ConfigKey kVSVersionKey{ConfigFileKind::kConfiguration, "VSVersion", "0"};
 inline constexpr ConfigKey kIfUpdateKey{ConfigFileKind::kConfiguration, "IfUpdate", "0"};
-// Scan source number <n> is the key kCurrentSourceKeyPrefix + "<n>", default empty.
-inline constexpr char kCurrentSourceKeyPrefix[] = "CurrentSource";
+// Scan source number <n> is this key renamed to "CurrentSource<n>".
+inline constexpr ConfigKey kCurrentSourceKey{ConfigFileKind::kConfiguration, "CurrentSource", ""};
 // These two live in a section named after a host.
 inline constexpr ConfigKey kCertNameKey{ConfigFileKind::kConfiguration, "cert_name", ""};
 inline constexpr ConfigKey kKeyNameKey{ConfigFileKind::kConfiguration, "key_name", ""};
-// service.ini, section "VS". ServiceName (default ServiceDisplayName) is reached through
-// GetServiceName and SetServiceName only.
+// service.ini, section "VS". ServiceName reads as ServiceDisplayName when absent, a text
+// built at run time; it is reached through GetServiceName and SetServiceName only.
+inline constexpr ConfigKey kServiceNameKey{ConfigFileKind::kService, "ServiceName", nullptr};
 inline constexpr ConfigKey kServiceVersionKey{ConfigFileKind::kService, "ServiceVersion", "16.2"};
 inline constexpr ConfigKey kSingleUserKey{ConfigFileKind::kService, "SingleUser", "FALSE"};
 inline constexpr ConfigKey kServiceModeKey{ConfigFileKind::kService, "ServiceMode", "system"};

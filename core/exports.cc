@@ -43,9 +43,10 @@ VSM_EXPORT int DistributeCommand(unsigned int sendBackKey, unsigned long long se
                                  unsigned int clientSocket, const char* origin,
                                  unsigned long long hostValue1, unsigned long long hostValue2,
                                  unsigned long long hostValue3) {
-  return vsm::DistributeCommandCall(sendBackKey, sendBackContext, mustBeZero, url, text, body,
-                                    bodyLength, clientSupported, sendBackHandle, clientSocket,
-                                    origin, hostValue1, hostValue2, hostValue3);
+  return vsm::DistributeCommandCall(
+      mustBeZero, url, text,
+      {sendBackKey, sendBackContext, body, bodyLength, clientSupported, sendBackHandle,
+       clientSocket, origin, hostValue1, hostValue2, hostValue3});
 }
 
 VSM_EXPORT int GetImage(const char* url, void* out, unsigned int* outLength) {

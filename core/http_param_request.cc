@@ -1,9 +1,7 @@
 #include "core/http_param_request.h"
 
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <new>
+#include <utility>
 
 #include "config/log_writer.h"
 #include "config/module_identity.h"
@@ -13,31 +11,25 @@
 
 namespace vsm {
 
-HttpParamRequest::HttpParamRequest(uint32_t sendBackKey, uint64_t sendBackContext,
-                                   const std::string& command, uint32_t clientSupported,
-                                   uint32_t clientSocket, const std::string& origin,
-                                   SendBackThunkFunction sendBackThunk,
-                                   SendBackCallback sendBackHandle, uint64_t hostValue1,
-                                   uint64_t hostValue2, uint64_t hostValue3, uint8_t* body,
-                                   uint32_t bodyLength, uint8_t bodyFlag)
-    : hostValue1_(hostValue1),
-      hostValue2_(hostValue2),
-      hostValue3_(hostValue3),
-      sendBackKey_(sendBackKey),
-      sendBackContext_(sendBackContext),
+HttpParamRequest::HttpParamRequest(const HostCall& call, const std::string& command,
+                                   SendBackThunkFunction sendBackThunk, ByteBlock body,
+                                   uint8_t bodyFlag)
+    : hostValue1_(call.hostValue1),
+      hostValue2_(call.hostValue2),
+      hostValue3_(call.hostValue3),
+      sendBackKey_(call.sendBackKey),
+      sendBackContext_(call.sendBackContext),
       command_(command),
-      clientSupported_(clientSupported),
-      clientSocket_(clientSocket),
-      origin_(origin),
+      clientSupported_(call.clientSupported),
+      clientSocket_(call.clientSocket),
+      origin_(call.origin != nullptr ? call.origin : ""),
       commandKind_(kCommandNone),
       parameterCount_(0),
-      binary_(nullptr),
-      binaryLength_(0),
       sendBackThunk_(sendBackThunk),
-      sendBackHandle_(sendBackHandle),
+      sendBackHandle_(call.sendBackHandle),
       startTick_(GetTickMilliseconds()),
       lapTick_(startTick_),
-      response_(new HttpParamResponse(body, bodyLength, bodyFlag)) {
+      response_(std::make_unique<HttpParamResponse>(std::move(body), bodyFlag)) {
   // A text that does not parse leaves everything empty; dispatch then fails on the empty name.
   JsonCommand parsed(command_);
   id_ = parsed.GetId();
@@ -53,11 +45,8 @@ HttpParamRequest::HttpParamRequest(uint32_t sendBackKey, uint64_t sendBackContex
 }
 
 HttpParamRequest::~HttpParamRequest() {
-  delete response_;
-  response_ = nullptr;
+  response_.reset();
   ClearParameters();
-  std::free(binary_);
-  binary_ = nullptr;
 }
 
 void HttpParamRequest::ClearParameters() {
@@ -73,32 +62,24 @@ uint32_t HttpParamRequest::GetLap() {
   return previous;
 }
 
-void HttpParamRequest::AppendResult(Json::Value* value) {
-  std::unique_ptr<Json::Value> owned(value);
-  parameters_.push_back(owned.get());
-  owned.release();
+void HttpParamRequest::AppendResult(std::unique_ptr<Json::Value> value) {
+  parameters_.push_back(value.get());
+  value.release();
 }
 
 void HttpParamRequest::Encode(bool asEvent, int32_t code, const std::string& description) {
   response_->text = EncodeCommandResult(id_, method_, parameters_, asEvent, code, description);
 }
 
-void HttpParamRequest::SetResultValue(Json::Value* value, const void* data, uint32_t dataLength,
-                                      int32_t code, const std::string& description) {
-  AppendResult(value);
+void HttpParamRequest::SetResultValue(std::unique_ptr<Json::Value> value, const void* data,
+                                      uint32_t dataLength, int32_t code,
+                                      const std::string& description) {
+  AppendResult(std::move(value));
   if (code == 0 && !description.empty()) {
-    AppendResult(new Json::Value(description));
-    AppendResult(new Json::Value(ModuleDisplayName));
+    AppendResult(std::make_unique<Json::Value>(description));
+    AppendResult(std::make_unique<Json::Value>(ModuleDisplayName));
   }
-  std::free(binary_);
-  binary_ = nullptr;
-  binaryLength_ = 0;
-  if (data != nullptr) {
-    binary_ = static_cast<uint8_t*>(std::malloc(dataLength > 0 ? dataLength : 1));
-    if (binary_ == nullptr) throw std::bad_alloc();
-    if (dataLength > 0) std::memcpy(binary_, data, dataLength);
-    binaryLength_ = dataLength;
-  }
+  binary_ = ByteBlock::CopyOf(data, dataLength);
   // The encoder drops the description of a successful answer, so this word never reaches a
   // client; it stays for the sake of the log and of callers that read the text.
   std::string text = description;
@@ -108,7 +89,7 @@ void HttpParamRequest::SetResultValue(Json::Value* value, const void* data, uint
 
 void HttpParamRequest::SetResult(const std::string& value, const void* data, uint32_t dataLength,
                                  int32_t code, const std::string& description) {
-  SetResultValue(new Json::Value(value), data, dataLength, code, description);
+  SetResultValue(std::make_unique<Json::Value>(value), data, dataLength, code, description);
 }
 
 void HttpParamRequest::SetResult(const char* value, const void* data, uint32_t dataLength,
@@ -118,25 +99,25 @@ void HttpParamRequest::SetResult(const char* value, const void* data, uint32_t d
 
 void HttpParamRequest::SetResult(bool value, const void* data, uint32_t dataLength, int32_t code,
                                  const std::string& description) {
-  SetResultValue(new Json::Value(value), data, dataLength, code, description);
+  SetResultValue(std::make_unique<Json::Value>(value), data, dataLength, code, description);
 }
 
 void HttpParamRequest::SetResult(int32_t value, const void* data, uint32_t dataLength, int32_t code,
                                  const std::string& description) {
-  SetResultValue(new Json::Value(value), data, dataLength, code, description);
+  SetResultValue(std::make_unique<Json::Value>(value), data, dataLength, code, description);
 }
 
 void HttpParamRequest::AddResult(const std::string& value, bool asEvent, int32_t code,
                                  const std::string& description) {
-  AppendResult(new Json::Value(value));
+  AppendResult(std::make_unique<Json::Value>(value));
   Encode(asEvent, code, description);
 }
 
 void HttpParamRequest::AddJsonResult(const std::string& jsonText, bool asEvent, int32_t code,
                                      const std::string& description) {
-  std::unique_ptr<Json::Value> value(new Json::Value());
+  auto value = std::make_unique<Json::Value>();
   if (!ParseJsonText(jsonText, value.get(), true)) return;
-  AppendResult(value.release());
+  AppendResult(std::move(value));
   Encode(asEvent, code, description);
 }
 
@@ -170,12 +151,10 @@ int HttpParamRequest::SendBack() {
   LogDebug("result json = [%s].", result.c_str());
   char value = 0;
   if (sendBackThunk_ != nullptr) {
-    value = sendBackThunk_(sendBackHandle_, sendBackKey_, sendBackContext_, result.c_str(), binary_,
-                           binaryLength_, 0);
+    value = sendBackThunk_(sendBackHandle_, sendBackKey_, sendBackContext_, result.c_str(),
+                           binary_.data(), binary_.length(), 0);
   }
-  std::free(binary_);
-  binary_ = nullptr;
-  binaryLength_ = 0;
+  binary_.reset();
   return static_cast<int>(static_cast<int8_t>(value));
 }
 

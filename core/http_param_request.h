@@ -16,9 +16,12 @@
 #include <json/value.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "core/byte_block.h"
+#include "core/host_call.h"
 #include "core/http_param_response.h"
 #include "core/send_back.h"
 #include "protocol/command_encoder.h"
@@ -28,12 +31,10 @@ namespace vsm {
 
 class HttpParamRequest {
  public:
-  // Takes over `body` (a malloc block or null) through its response.
-  HttpParamRequest(uint32_t sendBackKey, uint64_t sendBackContext, const std::string& command,
-                   uint32_t clientSupported, uint32_t clientSocket, const std::string& origin,
-                   SendBackThunkFunction sendBackThunk, SendBackCallback sendBackHandle,
-                   uint64_t hostValue1, uint64_t hostValue2, uint64_t hostValue3, uint8_t* body,
-                   uint32_t bodyLength, uint8_t bodyFlag);
+  // `command` arrived with `call` (whose own body is not read; `body` is the command's, and
+  // goes to the response). A null origin reads as empty.
+  HttpParamRequest(const HostCall& call, const std::string& command,
+                   SendBackThunkFunction sendBackThunk, ByteBlock body, uint8_t bodyFlag);
   virtual ~HttpParamRequest();
   HttpParamRequest(const HttpParamRequest&) = delete;
   HttpParamRequest& operator=(const HttpParamRequest&) = delete;
@@ -50,9 +51,9 @@ class HttpParamRequest {
   uint32_t GetCommandKind() const { return commandKind_; }
   int32_t GetParameterCount() const { return parameterCount_; }
   ResultList& GetParameters() { return parameters_; }
-  HttpParamResponse* GetResponse() const { return response_; }
-  const uint8_t* GetBinary() const { return binary_; }
-  uint32_t GetBinaryLength() const { return binaryLength_; }
+  HttpParamResponse* GetResponse() const { return response_.get(); }
+  const uint8_t* GetBinary() const { return binary_.data(); }
+  uint32_t GetBinaryLength() const { return binary_.length(); }
 
   // Deletes the parameters and empties the array, so that they are not echoed.
   void ClearParameters();
@@ -86,9 +87,9 @@ class HttpParamRequest {
   int SendBack();
 
  private:
-  void AppendResult(Json::Value* value);
-  void SetResultValue(Json::Value* value, const void* data, uint32_t dataLength, int32_t code,
-                      const std::string& description);
+  void AppendResult(std::unique_ptr<Json::Value> value);
+  void SetResultValue(std::unique_ptr<Json::Value> value, const void* data, uint32_t dataLength,
+                      int32_t code, const std::string& description);
   void Encode(bool asEvent, int32_t code, const std::string& description);
 
   uint64_t hostValue1_;
@@ -106,13 +107,12 @@ class HttpParamRequest {
   uint32_t commandKind_;
   int32_t parameterCount_;
   ResultList parameters_;
-  uint8_t* binary_;
-  uint32_t binaryLength_;
+  ByteBlock binary_;
   SendBackThunkFunction sendBackThunk_;
   SendBackCallback sendBackHandle_;
   uint32_t startTick_;
   uint32_t lapTick_;
-  HttpParamResponse* response_;
+  std::unique_ptr<HttpParamResponse> response_;
   std::string version_;
 };
 

@@ -1,15 +1,12 @@
 #include "core/http_param_response.h"
 
-#include <cstdlib>
+#include <utility>
 
 namespace vsm {
 
-HttpParamResponse::HttpParamResponse(uint8_t* body, uint32_t bodyLength, uint8_t bodyFlag)
-    : body_(body), bodyLength_(bodyLength), bodyFlag_(bodyFlag) {}
+HttpParamResponse::HttpParamResponse(ByteBlock body, uint8_t bodyFlag)
+    : body_(std::move(body)), bodyFlag_(bodyFlag) {}
 
-HttpParamResponse::~HttpParamResponse() {
-  std::free(body_);
-  body_ = nullptr;
-}
+HttpParamResponse::~HttpParamResponse() = default;
 
 }  // namespace vsm

@@ -85,12 +85,12 @@ bool ManagerClient::HasEnoughParameters(HttpParamRequest* request, size_t needed
   return false;
 }
 
-void ManagerClient::ReplyParameterType(HttpParamRequest* request) {
+void ManagerClient::ReplyRawParameterTypeError(HttpParamRequest* request) {
   LogError("%s", kInvalidParameterTypeText.c_str());
   request->SetRawResult("{}");
 }
 
-void ManagerClient::ReplyInvalidParameterType(HttpParamRequest* request) {
+void ManagerClient::ReplyEnvelopedParameterTypeError(HttpParamRequest* request) {
   SetError(kErrorInvalidParameterType, kInvalidParameterTypeText);
   LogError("%s", kInvalidParameterTypeText.c_str());
   request->SetResult(false, nullptr, 0, GetErrorCode(), GetErrorText());

@@ -70,9 +70,10 @@ class ManagerClient {
   void VSVersion(HttpParamRequest* request);
   void GetPorts(HttpParamRequest* request);
 
-  // Members outside the table, kept for the service's other builds: a reply for a parameter of
-  // the wrong type, and the exit request of a user.
-  void ReplyInvalidParameterType(HttpParamRequest* request);
+  // Members outside the table, kept for the service's other builds: the enveloped answer to a
+  // parameter of the wrong type (false, -2405, "Invalid parameter type."), and the exit
+  // request of a user.
+  void ReplyEnvelopedParameterTypeError(HttpParamRequest* request);
   void RequestUserExit(const std::string& user);
 
   // The user behind a client socket; records its session. Empty on this platform.
@@ -89,7 +90,9 @@ class ManagerClient {
 
  private:
   bool HasEnoughParameters(HttpParamRequest* request, size_t needed);
-  void ReplyParameterType(HttpParamRequest* request);
+  // What the handlers answer to a parameter of the wrong type: the raw text "{}", with no
+  // code, no id and no cmdId; the error goes to the log only.
+  void ReplyRawParameterTypeError(HttpParamRequest* request);
   // The user stored under `hash`, inserting an empty user for an unknown hash.
   std::string FindUserOfHash(const std::string& hash);
   void RecordUserSession(const std::string& user, uint32_t session, uint32_t process);

@@ -1,10 +1,8 @@
 #include "core/virtual_manager_client.h"
 
 #include <atomic>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <new>
+#include <utility>
 
 #include "config/log_writer.h"
 #include "core/send_back.h"
@@ -20,15 +18,6 @@ VirtualManagerClient* instance = nullptr;
 
 time_t SystemSeconds() { return time(nullptr); }
 std::atomic<VirtualManagerClient::SecondsClock> secondsClock{&SystemSeconds};
-
-struct FreeBlock {
-  void operator()(uint8_t* block) const { std::free(block); }
-};
-using Body = std::unique_ptr<uint8_t, FreeBlock>;
-
-// Where the name of "URL encoding" once turned query texts into commands; the command arrives
-// ready now, so the step is a copy that never fails.
-std::string EncodeUrlCommand(const std::string& command) { return command; }
 
 }  // namespace
 
@@ -52,14 +41,10 @@ void VirtualManagerClient::SetClockForTesting(SecondsClock clock) {
   secondsClock.store(clock ? clock : &SystemSeconds);
 }
 
-VirtualManagerClient::VirtualManagerClient() : lastCommandTime_(0), manager_(nullptr) {
-  manager_ = new ManagerClient();
-}
+VirtualManagerClient::VirtualManagerClient()
+    : lastCommandTime_(0), manager_(std::make_unique<ManagerClient>()) {}
 
-VirtualManagerClient::~VirtualManagerClient() {
-  delete manager_;
-  manager_ = nullptr;
-}
+VirtualManagerClient::~VirtualManagerClient() = default;
 
 std::string VirtualManagerClient::ExtractClientVersion(const std::string& url) {
   size_t key = url.find("vsver=");
@@ -71,13 +56,7 @@ std::string VirtualManagerClient::ExtractClientVersion(const std::string& url) {
 
 VirtualManagerClient::RoutedCommand VirtualManagerClient::RouteText(const std::string& url,
                                                                     const std::string& text,
-                                                                    uint8_t* bodyCopy,
-                                                                    uint32_t bodyLength) {
-  Body body(bodyCopy);
-  auto dropBody = [&] {
-    body.reset();
-    bodyLength = 0;
-  };
+                                                                    ByteBlock bodyCopy) {
   RoutedCommand routed;
   if (url.find("/LoadZipFromBytes") != std::string::npos) {
     // Without "?type=" the search result -1 plus 6 points at the URL's sixth character; that
@@ -87,60 +66,37 @@ VirtualManagerClient::RoutedCommand VirtualManagerClient::RouteText(const std::s
     std::string type = url.substr(position, 1);
     routed.command = "{\"id\":\"1\",\"method\":\"LoadZipFromBytes\",\"parameter\":[" + type +
                      ",\"" + ExtractClientVersion(url) + "\"]}";
+    routed.body = std::move(bodyCopy);
   } else if (url.find("/CheckUpdateFile") != std::string::npos) {
     // The caller's text ends in a comma and the two closing characters; the version becomes
     // the last parameter.
     std::string shortened = text.size() >= 2 ? text.substr(0, text.size() - 2) : text;
     routed.command = shortened + "\"" + ExtractClientVersion(url) + "\"]}";
-    dropBody();
   } else if (url.compare(0, 5, "/vsm/") == 0) {
     size_t blankLine = text.find("\r\n\r\n");
-    if (blankLine == std::string::npos) {
-      routed.command = text;
-      dropBody();
-    } else {
-      routed.command = text.substr(0, blankLine);
-      size_t bodyStart = blankLine + 4;
-      if (text.size() > bodyStart) {
-        size_t length = text.size() - bodyStart;
-        Body textBody(static_cast<uint8_t*>(std::malloc(length)));
-        if (!textBody) throw std::bad_alloc();
-        std::memcpy(textBody.get(), text.data() + bodyStart, length);
-        body = std::move(textBody);
-        bodyLength = static_cast<uint32_t>(length);
-      } else {
-        dropBody();
-      }
+    routed.command = text.substr(0, blankLine);
+    size_t bodyStart = blankLine == std::string::npos ? text.size() : blankLine + 4;
+    if (text.size() > bodyStart) {
+      routed.body = ByteBlock::CopyOf(text.data() + bodyStart,
+                                      static_cast<uint32_t>(text.size() - bodyStart));
     }
-  } else {
-    dropBody();
   }
-  routed.body = body.release();
-  routed.bodyLength = bodyLength;
   return routed;
 }
 
-int VirtualManagerClient::RouteCommand(uint32_t sendBackKey, uint64_t sendBackContext,
-                                       const std::string& url, const std::string& text,
-                                       uint32_t clientSupported, SendBackCallback sendBackHandle,
-                                       uint32_t clientSocket, const std::string& origin,
-                                       uint8_t* bodyCopy, uint32_t bodyLength, uint64_t hostValue1,
-                                       uint64_t hostValue2, uint64_t hostValue3) {
-  RoutedCommand routed = RouteText(url, text, bodyCopy, bodyLength);
-  Body body(routed.body);
+int VirtualManagerClient::RouteCommand(const HostCall& call, const std::string& url,
+                                       const std::string& text, ByteBlock bodyCopy) {
+  RoutedCommand routed = RouteText(url, text, std::move(bodyCopy));
   if (routed.command.empty()) {
-    body.reset();
-    return static_cast<int8_t>(SendBackThunk(sendBackHandle, sendBackKey, sendBackContext,
-                                             "Invalid command", nullptr, 0, 0));
+    return static_cast<int8_t>(SendBackThunk(call.sendBackHandle, call.sendBackKey,
+                                             call.sendBackContext, "Invalid command", nullptr, 0,
+                                             0));
   }
-  const std::string jsonCommand = EncodeUrlCommand(routed.command);
-  std::unique_ptr<HttpParamRequest> request(
-      new HttpParamRequest(sendBackKey, sendBackContext, jsonCommand, clientSupported, clientSocket,
-                           origin, &SendBackThunk, sendBackHandle, hostValue1, hostValue2,
-                           hostValue3, body.release(), routed.bodyLength, 1));
+  // The command arrives ready; the log line keeps the name of the URL-encoding step it once had.
+  HttpParamRequest request(call, routed.command, &SendBackThunk, std::move(routed.body), 1);
   LogDebug("Url encode json command succeed. Processing...");
-  LogDebug("cmd = [%s]", jsonCommand.c_str());
-  return RunCommand(request.get());
+  LogDebug("cmd = [%s]", routed.command.c_str());
+  return RunCommand(&request);
 }
 
 int VirtualManagerClient::RunCommand(HttpParamRequest* request) {

@@ -15,12 +15,14 @@
 #include <cstdint>
 #include <ctime>
 #include <map>
+#include <memory>
 #include <string>
 
+#include "core/byte_block.h"
+#include "core/host_call.h"
 #include "core/http_param_request.h"
 #include "core/manager_client.h"
 #include "support/rw_lock.h"
-#include "vsm.h"
 
 namespace vsm {
 
@@ -42,25 +44,20 @@ class VirtualManagerClient {
   VirtualManagerClient(const VirtualManagerClient&) = delete;
   VirtualManagerClient& operator=(const VirtualManagerClient&) = delete;
 
-  ManagerClient* manager() { return manager_; }
+  ManagerClient* manager() { return manager_.get(); }
 
-  // Builds the command of a DistributeCommand call from its URL, text and body, runs it and
-  // returns the host's byte. Takes over `bodyCopy` (a malloc block or null).
-  int RouteCommand(uint32_t sendBackKey, uint64_t sendBackContext, const std::string& url,
-                   const std::string& text, uint32_t clientSupported,
-                   SendBackCallback sendBackHandle, uint32_t clientSocket,
-                   const std::string& origin, uint8_t* bodyCopy, uint32_t bodyLength,
-                   uint64_t hostValue1, uint64_t hostValue2, uint64_t hostValue3);
+  // Builds the command of a DistributeCommand call from its URL, text and body copy, runs it
+  // with the rest of the host's call and returns the host's byte.
+  int RouteCommand(const HostCall& call, const std::string& url, const std::string& text,
+                   ByteBlock bodyCopy);
   // What a URL and a text become: the JSON command (empty when no route matches) and the body
   // that goes with it (the body copy, a block cut from behind the text's blank line, or none).
-  // Takes over `bodyCopy`; a dropped block is freed.
   struct RoutedCommand {
     std::string command;
-    uint8_t* body = nullptr;  // malloc block owned by the caller
-    uint32_t bodyLength = 0;
+    ByteBlock body;
   };
-  static RoutedCommand RouteText(const std::string& url, const std::string& text, uint8_t* bodyCopy,
-                                 uint32_t bodyLength);
+  static RoutedCommand RouteText(const std::string& url, const std::string& text,
+                                 ByteBlock bodyCopy);
   // Runs one request with the activity time at 0 while it runs. 0 for a null request.
   int RunCommand(HttpParamRequest* request);
   // The value of "vsver=" when a "&" follows it; "" otherwise.
@@ -91,7 +88,7 @@ class VirtualManagerClient {
  private:
   time_t lastCommandTime_;
   CRWLock stateLock_;
-  ManagerClient* manager_;
+  std::unique_ptr<ManagerClient> manager_;
   std::map<std::string, ImageMapEntry> imageMap_;
   CRWLock mapLock_;
   std::map<std::string, char> fileWhiteList_;

@@ -69,8 +69,8 @@ std::string NormalizeOrigin(const std::string& origin) {
 }
 
 void GetHostCertNames(const std::string& host, std::string* certName, std::string* keyName) {
-  *certName = ReadDefaultConfigValue("cert_name", "", host.c_str());
-  *keyName = ReadDefaultConfigValue("key_name", "", host.c_str());
+  *certName = ReadConfigKey(kCertNameKey, host.c_str());
+  *keyName = ReadConfigKey(kKeyNameKey, host.c_str());
   if (certName->empty() && keyName->empty() &&
       strcasecmp(host.c_str(), kServiceLocalHostName) == 0) {
     *certName = "server.pem.lvsc";

@@ -8,6 +8,8 @@
 // reports a failure: a missing certutil shows only as a count of 0.
 //
 // Thread-safe; no state of its own (configuration reads take the configuration lock).
+//
+// No export of the module reaches this code.
 #ifndef VSM_HOST_CERTIFICATES_H_
 #define VSM_HOST_CERTIFICATES_H_
 

@@ -3,6 +3,8 @@
 //
 // The texts go into the command lines as they are: the first form doesn't quote its text, so a
 // caller's blanks split it into several arguments. Thread-safe; no state.
+//
+// No export of the module reaches this code.
 #ifndef VSM_HOST_DIALOG_COMMAND_H_
 #define VSM_HOST_DIALOG_COMMAND_H_
 

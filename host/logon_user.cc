@@ -12,14 +12,12 @@
 #include <vector>
 
 #include "config/log_writer.h"
+#include "host/environment_lines.h"
 #include "host/shell_command.h"
 
 namespace vsm {
 
 namespace {
-
-// The longest line taken from a process's environment.
-constexpr int kEnvironmentLineSize = 2560;
 
 // The peer's port of `socket` in host byte order; false when the socket has no peer.
 bool GetPeerPort(uint32_t socket, int* port) {
@@ -64,18 +62,11 @@ void SaveDisplayOfPeer(uint32_t socket) {
   std::string command = FormatShellCommand(kProcessEnvironmentCommand, static_cast<int>(pid));
   FILE* stream = popen(command.c_str(), "r");
   if (stream == nullptr) return;
-  char line[kEnvironmentLineSize];
-  while (std::fgets(line, sizeof(line), stream) != nullptr) {
-    size_t length = std::strlen(line);
-    if (length > 0) line[length - 1] = '\0';
-    char* equals = std::strchr(line, '=');
-    if (equals == nullptr) continue;
-    *equals = '\0';
-    if (std::strcmp(line, "DISPLAY") == 0) {
-      RunShellCommand(FormatShellCommand(kSaveDisplayCommand, equals + 1).c_str());
-      break;
-    }
-  }
+  ForEachEnvironmentLine(stream, [](const char* name, const char* value) {
+    if (std::strcmp(name, "DISPLAY") != 0) return true;
+    RunShellCommand(FormatShellCommand(kSaveDisplayCommand, value).c_str());
+    return false;
+  });
   pclose(stream);
 }
 

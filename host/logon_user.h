@@ -8,6 +8,8 @@
 //
 // Nothing reports a failure: a query that finds nothing gives an empty text or a pid of 0 and
 // the caller goes on. Thread-safe; no state of its own.
+//
+// No export of the module reaches this code.
 #ifndef VSM_HOST_LOGON_USER_H_
 #define VSM_HOST_LOGON_USER_H_
 

@@ -8,6 +8,7 @@
 
 #include "config/log_writer.h"
 #include "config/path_table.h"
+#include "host/environment_lines.h"
 #include "host/logon_user.h"
 #include "host/shell_command.h"
 #include "support/checked_format.h"
@@ -15,9 +16,6 @@
 namespace vsm {
 
 namespace {
-
-// The longest line taken from the user environment file.
-constexpr int kEnvironmentLineSize = 2560;
 
 // The system's login record: 400 bytes, the user name at byte 44 (32 bytes) and the host,
 // which holds the display of a graphical login, at byte 76 (256 bytes). Neither field needs a
@@ -37,18 +35,11 @@ bool ApplyEnvironmentFile(const std::string& path) {
   FILE* file = std::fopen(path.c_str(), "r");
   if (file == nullptr) return false;
   bool sawDisplay = false;
-  char line[kEnvironmentLineSize];
-  while (std::fgets(line, sizeof(line), file) != nullptr) {
-    // Deliberately unconditional: the file's writer ends every line in a line feed, and a last
-    // line without one loses a real character, as it always has.
-    size_t length = std::strlen(line);
-    if (length > 0) line[length - 1] = '\0';
-    char* equals = std::strchr(line, '=');
-    if (equals == nullptr) continue;
-    *equals = '\0';
-    setenv(line, equals + 1, 1);
-    if (std::strcmp(line, "DISPLAY") == 0) sawDisplay = true;
-  }
+  ForEachEnvironmentLine(file, [&sawDisplay](const char* name, const char* value) {
+    setenv(name, value, 1);
+    if (std::strcmp(name, "DISPLAY") == 0) sawDisplay = true;
+    return true;
+  });
   std::fclose(file);
   return sawDisplay;
 }

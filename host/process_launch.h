@@ -16,6 +16,8 @@
 //
 // Thread-safe in the parent, which only forks and logs. The child uses the log writer and the
 // path table, whose locks another thread may have held at the moment of the fork.
+//
+// No export of the module reaches this code.
 #ifndef VSM_HOST_PROCESS_LAUNCH_H_
 #define VSM_HOST_PROCESS_LAUNCH_H_
 

@@ -14,10 +14,11 @@ namespace vsm {
 
 namespace {
 
-std::string CurrentSourceKey(uint32_t n) {
+// "%d" keeps the names that stored files hold for numbers above 2^31 - 1.
+std::string CurrentSourceName(uint32_t n) {
   char number[16] = {};
   CheckedFormat(number, sizeof(number), "%d", static_cast<int>(n));
-  return std::string("CurrentSource") + number;
+  return kCurrentSourceKey.name + std::string(number);
 }
 
 char* MakeScanPath(const char* suffix) {
@@ -34,11 +35,11 @@ const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 }  // namespace
 
 std::string ReadCurrentSource(uint32_t n) {
-  return ReadDefaultConfigValue(CurrentSourceKey(n).c_str(), "", "VS");
+  return ReadConfigKey(kCurrentSourceKey.Renamed(CurrentSourceName(n).c_str()));
 }
 
 void WriteCurrentSource(uint32_t n, const char* name) {
-  WriteDefaultConfigValue(CurrentSourceKey(n).c_str(), OrEmpty(name), "VS");
+  WriteConfigKey(kCurrentSourceKey.Renamed(CurrentSourceName(n).c_str()), OrEmpty(name));
 }
 
 char* MakeScanPnmPath() { return MakeScanPath(".pnm"); }

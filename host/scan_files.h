@@ -8,6 +8,8 @@
 // "<root>linuxQPT<pid>.pnm" and ".bmp", with the calling process's number.
 //
 // Thread-safe; no state of its own (configuration access takes the configuration lock).
+//
+// No export of the module reaches this code.
 #ifndef VSM_HOST_SCAN_FILES_H_
 #define VSM_HOST_SCAN_FILES_H_
 

@@ -7,6 +7,9 @@
 // fails shows only as empty output.
 //
 // Thread-safe; no state.
+//
+// No export of the module reaches this code: only the certificate, logon-user, launch and scan-file
+// tools use it.
 #ifndef VSM_HOST_SHELL_COMMAND_H_
 #define VSM_HOST_SHELL_COMMAND_H_
 

@@ -5,6 +5,8 @@
 // heap through the virtual hooks Alloc, Realloc and Free, which a subclass may replace. All sizes
 // are 32 bits; a write that would pass 0xFFFFFFFF is refused. Failures show as 0 or null; nothing
 // is printed or thrown. Not thread-safe: an instance belongs to one thread.
+//
+// No export of the module reaches this code: only the host name encoder (punycode.h) uses it.
 #ifndef VSM_SUPPORT_MEM_BUFFER_H_
 #define VSM_SUPPORT_MEM_BUFFER_H_
 

@@ -24,6 +24,9 @@
 // more than ASCII becomes "xn--" and its encoding, and ASCII labels stay as they are.
 //
 // Thread-safe; no state of its own (the tracked heap has its own lock).
+//
+// No export of the module reaches this code: its one user is the origin normaliser of the
+// certificate tools.
 #ifndef VSM_SUPPORT_PUNYCODE_H_
 #define VSM_SUPPORT_PUNYCODE_H_
 

@@ -4,6 +4,8 @@
 // above 0xFFFF takes two elements, a high and a low surrogate. Both conversions produce and
 // expect that layout. Failures give an empty or partial result, never an exception: utfcpp's
 // exceptions stop here. Thread-safe; no state.
+//
+// No export of the module reaches this code: only the host name encoder (punycode.h) uses it.
 #ifndef VSM_SUPPORT_UTF_CONVERT_H_
 #define VSM_SUPPORT_UTF_CONVERT_H_
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -24,10 +22,9 @@ class RequestTest : public ::testing::Test {
  protected:
   std::unique_ptr<HttpParamRequest> Make(const std::string& command, uint32_t key = 1,
                                          SendBackCallback callback = &CaptureAnswer) {
-    uint8_t* body = static_cast<uint8_t*>(std::malloc(3));
-    std::memcpy(body, "ABC", 3);
-    return std::make_unique<HttpParamRequest>(key, capture_.Context(), command, 1, 9, "origin",
-                                              &DirectThunk, callback, 1, 2, 3, body, 3, 1);
+    const HostCall call{key, capture_.Context(), nullptr, 0, 1, callback, 9, "origin"};
+    return std::make_unique<HttpParamRequest>(call, command, &DirectThunk,
+                                              ByteBlock::CopyOf("ABC", 3), 1);
   }
   AnswerCapture capture_;
 };
@@ -106,6 +103,9 @@ TEST_F(RequestTest, SendBackHandsTheLastBinaryOverOnce) {
   EXPECT_EQ(capture_.answers[0].binary, "pq");
   EXPECT_FALSE(capture_.answers[1].hasBinary);
   EXPECT_EQ(capture_.answers[1].text, capture_.answers[0].text);
+  request->SetResult(true, "", 0, 0, "");  // an empty block is still a block
+  request->SendBack();
+  EXPECT_TRUE(capture_.answers[2].hasBinary && capture_.answers[2].binary.empty());
 }
 
 TEST_F(RequestTest, SendBackNeedsAKeyAndACallbackAndWidensTheByte) {

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
-
 #include "test_support/answer_capture.h"
 
 namespace vsm {
@@ -33,15 +30,13 @@ TEST(RouteText, BuildsTheCommandAndItsBody) {
       {"/vsm/CheckUpdateFile", "x", "x\"\"]}", ""},
   };
   for (const Row& row : rows) {
-    uint8_t* bodyCopy = static_cast<uint8_t*>(std::malloc(4));
-    std::memcpy(bodyCopy, "BODY", 4);
-    auto routed = VirtualManagerClient::RouteText(row.url, row.text, bodyCopy, 4);
+    auto routed = VirtualManagerClient::RouteText(row.url, row.text, ByteBlock::CopyOf("BODY", 4));
     EXPECT_EQ(routed.command, row.command) << row.url;
+    const ByteBlock& body = routed.body;
     EXPECT_EQ(
-        routed.body ? std::string(reinterpret_cast<char*>(routed.body), routed.bodyLength) : "",
+        body.data() ? std::string(reinterpret_cast<const char*>(body.data()), body.length()) : "",
         row.body)
         << row.url;
-    std::free(routed.body);
   }
 }
 
@@ -65,8 +60,8 @@ TEST(WaitValue, CountsIdlenessFromTheLastCommandOrAnswer) {
   EXPECT_EQ(client->GetWaitValue(), 1);  // never saw a command
   testing::AnswerCapture capture;
   auto route = [&](const char* url) {
-    return client->RouteCommand(1, capture.Context(), url, "{\"method\":\"ChangePort\"}", 1,
-                                &testing::CaptureAnswer, 0, "", nullptr, 0, 0, 0, 0);
+    const HostCall call{1, capture.Context(), nullptr, 0, 1, &testing::CaptureAnswer};
+    return client->RouteCommand(call, url, "{\"method\":\"ChangePort\"}", ByteBlock());
   };
   fakeNow = 1000;
   route("/vsm/");

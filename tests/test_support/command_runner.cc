@@ -16,9 +16,9 @@ CommandOutcome RunCommandText(const std::string& text, const std::string& origin
                               unsigned sendBackKey) {
   AnswerCapture capture;
   CommandOutcome outcome;
-  outcome.result =
-      DistributeCommandCall(sendBackKey, capture.Context(), 0, url.c_str(), text.c_str(), nullptr,
-                            0, clientSupported, &CaptureAnswer, 5, origin.c_str(), 0, 0, 0);
+  const HostCall call{sendBackKey,     capture.Context(), nullptr, 0,
+                      clientSupported, &CaptureAnswer,    5,       origin.c_str()};
+  outcome.result = DistributeCommandCall(0, url.c_str(), text.c_str(), call);
   outcome.answers = capture.answers;
   return outcome;
 }

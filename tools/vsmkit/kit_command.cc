@@ -7,9 +7,7 @@
 
 namespace vsmkit {
 
-void ExpectCount(const Arguments& arguments, size_t count) {
-  ExpectCount(arguments, count, count);
-}
+void ExpectCount(const Arguments& arguments, size_t count) { ExpectCount(arguments, count, count); }
 
 void ExpectCount(const Arguments& arguments, size_t least, size_t most) {
   if (arguments.size() < least || arguments.size() > most) {
@@ -87,7 +85,8 @@ std::vector<uint8_t> ReadStandardInput() {
   std::vector<uint8_t> bytes;
   uint8_t chunk[65536];
   size_t got;
-  while ((got = fread(chunk, 1, sizeof chunk, stdin)) > 0) bytes.insert(bytes.end(), chunk, chunk + got);
+  while ((got = fread(chunk, 1, sizeof chunk, stdin)) > 0)
+    bytes.insert(bytes.end(), chunk, chunk + got);
   if (ferror(stdin)) throw OperationFailed("cannot read standard input");
   return bytes;
 }
@@ -104,7 +103,8 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path) {
   std::vector<uint8_t> bytes;
   uint8_t chunk[65536];
   size_t got;
-  while ((got = fread(chunk, 1, sizeof chunk, file)) > 0) bytes.insert(bytes.end(), chunk, chunk + got);
+  while ((got = fread(chunk, 1, sizeof chunk, file)) > 0)
+    bytes.insert(bytes.end(), chunk, chunk + got);
   const bool failed = ferror(file) != 0;
   fclose(file);
   if (failed) throw OperationFailed("cannot read " + path);

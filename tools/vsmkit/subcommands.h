@@ -5,8 +5,6 @@
 
 #include "kit_command.h"
 
-namespace vsmkit {
-
-}  // namespace vsmkit
+namespace vsmkit {}  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

@@ -40,7 +40,8 @@ int Main(int argc, char** argv) {
     try {
       return subcommand.run(arguments);
     } catch (const UsageError& error) {
-      fprintf(stderr, "vsmkit %s: %s\nusage:\n%s\n", subcommand.name, error.what(), subcommand.usage);
+      fprintf(stderr, "vsmkit %s: %s\nusage:\n%s\n", subcommand.name, error.what(),
+              subcommand.usage);
       return 2;
     } catch (const OperationFailed& error) {
       fprintf(stderr, "vsmkit %s: %s\n", subcommand.name, error.what());
