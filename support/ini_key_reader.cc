@@ -20,12 +20,13 @@ std::string_view TrimBlanks(std::string_view text) {
   return text;
 }
 
-// Whether the document's strcasecmp order holds the two names equal: each ends at its first
-// NUL, and what is left matches letter for letter, ignoring case as the C library does.
-bool SameName(std::string_view a, std::string_view b) {
-  const size_t aLength = strnlen(a.data(), a.size());
-  const size_t bLength = strnlen(b.data(), b.size());
-  return aLength == bLength && strncasecmp(a.data(), b.data(), aLength) == 0;
+// Whether the document's strcasecmp order holds `name` equal to `wanted`, a name with no NUL:
+// `name` ends at its first NUL, and what is left matches letter for letter, ignoring case as
+// the C library does. Lengths are compared first, since most names differ in length.
+bool SameName(std::string_view name, std::string_view wanted) {
+  if (name.size() < wanted.size()) return false;
+  if (name.size() > wanted.size() && name[wanted.size()] != '\0') return false;
+  return strncasecmp(name.data(), wanted.data(), wanted.size()) == 0;
 }
 
 }  // namespace
