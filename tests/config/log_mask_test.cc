@@ -14,6 +14,8 @@
 namespace vsm {
 namespace {
 
+using namespace std::string_literals;
+
 uint32_t PlainMask(const std::string& file) {
   char value[64] = {};
   GetProfileString("VS", "LogLevel", "1", value, sizeof(value), file.c_str());
@@ -24,45 +26,24 @@ TEST(LogMaskTest, ReadsAsAPlainProfileReadOfTheFileDoes) {
   testing::TempDir dir;
   BuildPathTable(dir.Join("prog"));
   SetVerboseLogging(false);
-  const std::string config = dir.Join("VSConfiguration.ini");
-  const std::string zeros(61, '0');
-  // The file (null: none) and the mask it gives.
-  const struct {
-    const char* name;
-    const char* head;
-    std::string rest;
-    uint32_t mask;
-  } rows[] = {
-      {"NoFile", nullptr, "", 1},
-      {"Empty", "", "", 1},
-      {"EmptyValue", "[VS]\nLogLevel=\n", "", 1},
-      {"Words", "[VS]\nLogLevel=abc\n", "", 0},
-      {"CaseBlindWithBlanksAndCrLf", "[ vs ]\r\n LOGLEVEL\t= 6 \r\n", "", 6},
-      {"LastAssignmentInAnyMergedSection", "[VS]\nLogLevel=8\n[Other]\nLogLevel=2\n[vs]\n",
-       "loglevel=12", 12},
-      {"KeyOutsideAnySection", "LogLevel=14\n[VS]\n", "", 1},
-      {"BlankAfterBracketOpensAnotherSection", "[VS] \nLogLevel=14\n", "", 1},
-      {"SixtySecondCharacterCounts", "[VS]\nLogLevel=", zeros + "6", 6},
-      {"SixtyThirdCharacterIsCut", "[VS]\nLogLevel=", zeros + "06", 0},
-      {"NulEndsTheValue", "[VS]\nLogLevel=",
-       std::string("4\0"
-                   "2",
-                   3),
-       4},
-      {"LeadingNulReadsAsEmpty", "[VS]\nLogLevel=",
-       std::string("\0"
-                   "2",
-                   2),
-       1},
-      {"Negative", "[VS]\nLogLevel=-1", "", 0xFFFFFFFF},
-  };
-  for (const auto& row : rows) {
+  const std::string config = dir.Join("VSConfiguration.ini"), zeros(61, '0'), v = "[VS]\nLogLevel=";
+  // The file ("none": no file) and the mask it gives.
+  const std::pair<std::string, uint32_t> rows[] = {
+      {"none", 1},
+      {v + "\n", 1},  // empty counts as absent
+      {"[ vs ]\r\n LOGLEVEL\t= 6 \r\n", 6},
+      {"[VS] \nLogLevel=14\n", 1},  // in the section "VS]"
+      {v + zeros + "6", 6},         // the 62nd character counts
+      {v + zeros + "06", 0},        // the 63rd does not
+      {v + "4\0002"s, 4},
+      {v + "\0002"s, 1}};
+  for (const auto& [file, mask] : rows) {
     std::remove(config.c_str());
-    if (row.head != nullptr) {
-      ASSERT_TRUE(testing::WriteFileBytes(config, row.head + row.rest));
+    if (file != "none") {
+      ASSERT_TRUE(testing::WriteFileBytes(config, file));
     }
-    EXPECT_EQ(GetLogMask(), row.mask) << row.name;
-    EXPECT_EQ(GetLogMask(), PlainMask(config)) << row.name;
+    EXPECT_EQ(GetLogMask(), mask) << ::testing::PrintToString(file);
+    EXPECT_EQ(GetLogMask(), PlainMask(config)) << ::testing::PrintToString(file);
   }
 }
 

@@ -52,83 +52,54 @@ TEST(EncodeSessionResult, AlwaysCarriesExceptionAndDescription) {
             "   \"exception\" : -5,\n   \"object\" : \"o\",\n   \"session\" : \"s\"\n}\n");
 }
 
-// A random value: scalars of every type (strings with quotes, control bytes, NULs and bytes
-// above 0x7F), arrays short and long, nested, sparse, and objects.
-Json::Value RandomValue(std::mt19937& random, int depth) {
-  auto pick = [&](int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); };
-  switch (depth > 2 ? pick(6) : pick(9)) {
-    case 0:
-      return Json::Value();
-    case 1:
-      return Json::Value(pick(2) == 1);
-    case 2:
-      return Json::Value(Json::Int64{static_cast<Json::Int64>(random()) - (Json::Int64{1} << 31)});
-    case 3:
-      return Json::Value(Json::UInt64{static_cast<Json::UInt64>(random()) << 32});
-    case 4:
-      return Json::Value(std::ldexp(static_cast<double>(random()), pick(80) - 40));
-    case 5: {
-      static const std::string pieces[] = {"a",
-                                           "\"",
-                                           "\\",
-                                           "\n",
-                                           "\x01",
-                                           "\xC3\xA9",
-                                           "\xFF",
-                                           " ",
-                                           std::string("\0", 1),
-                                           std::string(40, 'w')};
-      std::string text;
-      for (int i = pick(6); i > 0; --i) text += pieces[pick(10)];
-      return Json::Value(text);
-    }
-    case 6:
-    case 7: {
-      Json::Value array(Json::arrayValue);
-      const int size = pick(4) == 0 ? 20 + pick(10) : pick(5);
-      for (int i = 0; i < size; ++i) array.append(RandomValue(random, depth + 1));
-      if (pick(8) == 0) array[size + pick(3)] = RandomValue(random, depth + 1);  // sparse
-      return array;
-    }
-    default: {
-      Json::Value object(Json::objectValue);
-      for (int i = pick(4); i > 0; --i)
-        object["k" + std::to_string(pick(5))] = RandomValue(random, 3);
-      return object;
-    }
+// A random JSON text: every scalar type (strings with quotes, control bytes, NULs and bytes
+// above 0x7F), arrays short, long and nested, objects, and comments between elements.
+std::string RandomJson(std::mt19937& random, int depth) {
+  static const std::string scalars[] = {"null",
+                                        "true",
+                                        "-7",
+                                        "3000000000",
+                                        "18446744073709551615",
+                                        "1.5",
+                                        "1e-300",
+                                        "\"\"",
+                                        "\"a\\\"\\\\\\n\\u0001\xC3\xA9\xFF\\u0000b\"",
+                                        "\"" + std::string(40, 'w') + "\""};
+  const unsigned kind = random() % (depth > 2 ? 2 : 5);
+  if (kind < 2) return scalars[random() % 10];
+  const unsigned size = random() % 5 == 0 ? 20 + random() % 10 : random() % 5;
+  std::string text = kind == 4 ? "{" : "[";
+  for (unsigned i = 0; i < size; ++i) {
+    if (i > 0) text += random() % 6 == 0 ? ", /* c */ " : random() % 6 == 0 ? ", // c\n" : ",";
+    if (kind == 4) text += "\"k" + std::to_string(random() % 4) + "\":";
+    text += RandomJson(random, depth + 1);
   }
+  return text + (kind == 4 ? "}" : "]");
 }
 
 // The answers written straight from the list equal those of a tree that holds copies of the
-// results, over generated result lists, with nulls in them and values that carry comments.
+// results, over generated result lists with null entries and values that carry comments.
 TEST(EncodeCommandResult, WritesResultsAsATreeOfTheirCopiesWould) {
   std::mt19937 random(74);
-  const Results commented("[1, /* c */ 2, [3] // after\n, {\"a\":4} /* end */]");
-  for (int round = 0; round < 400; ++round) {
-    std::vector<Json::Value> values;
-    const int size = round % 10 == 0 ? 25 + round % 7 : round % 6;
-    for (int i = 0; i < size; ++i) values.push_back(RandomValue(random, 0));
+  for (int round = 0; round < 300; ++round) {
+    Json::Value values;
+    ASSERT_TRUE(ParseJsonText("[" + RandomJson(random, 0) + "]", &values, true));
     ResultList list;
-    for (Json::Value& value : values)
-      list.push_back(round % 4 == 0 && &value == &values[0] ? nullptr : &value);
-    if (round % 5 == 0) list.insert(list.end(), commented.list.begin(), commented.list.end());
+    for (Json::Value& value : values[0]) list.push_back(random() % 8 == 0 ? nullptr : &value);
     Json::Value copies;
     for (const Json::Value* value : list) copies["result"].append(value ? *value : Json::Value());
     const int32_t code = round % 3 == 0 ? -2202 : 0;
-    for (bool isEvent : {false, true}) {
-      Json::Value command = copies;
-      command["id"] = "1";
-      command[isEvent ? "event" : "method"] = "m";
-      if (code != 0) command["exception"] = code, command["description"] = "d";
-      ASSERT_EQ(EncodeCommandResult("1", "m", list, isEvent, code, "d"), StyledWrite(command));
-      Json::Value session = copies;
-      session["session"] = "s";
-      session["object"] = "o";
-      session[isEvent ? "event" : "method"] = "m";
-      session["exception"] = code;
-      session["description"] = code != 0 ? "d" : "Successful";
-      ASSERT_EQ(EncodeSessionResult("s", "o", "m", list, isEvent, code, "d"), StyledWrite(session));
-    }
+    const bool isEvent = round % 2 == 1;
+    Json::Value command = copies, session = copies;
+    command["id"] = "1";
+    command[isEvent ? "event" : "method"] = session[isEvent ? "event" : "method"] = "m";
+    if (code != 0) command["exception"] = code, command["description"] = "d";
+    session["session"] = "s";
+    session["object"] = "o";
+    session["exception"] = code;
+    session["description"] = code != 0 ? "d" : "Successful";
+    ASSERT_EQ(EncodeCommandResult("1", "m", list, isEvent, code, "d"), StyledWrite(command));
+    ASSERT_EQ(EncodeSessionResult("s", "o", "m", list, isEvent, code, "d"), StyledWrite(session));
   }
 }
 
