@@ -5,6 +5,13 @@
 
 #include "kit_command.h"
 
-namespace vsmkit {}  // namespace vsmkit
+namespace vsmkit {
+
+extern const char kZlibUsage[];
+int RunZlib(const Arguments& arguments);
+extern const char kUnzipUsage[];
+int RunUnzip(const Arguments& arguments);
+
+}  // namespace vsmkit
 
 #endif  // VSM_TOOLS_VSMKIT_SUBCOMMANDS_H_

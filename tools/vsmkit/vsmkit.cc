@@ -14,7 +14,8 @@ namespace {
 
 // One row per subcommand, in the order --help lists them.
 const Subcommand kSubcommands[] = {
-    {nullptr, nullptr, nullptr},
+    {"zlib", kZlibUsage, RunZlib},
+    {"unzip", kUnzipUsage, RunUnzip},
 };
 
 void PrintHelp(FILE* out) {
