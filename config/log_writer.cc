@@ -1,5 +1,7 @@
 #include "config/log_writer.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -36,6 +38,23 @@ int ProcessNumber() {
   return number;
 }
 
+// Opens a log file for appending as fopen's "a+b" would, but never through a symlink and never
+// into anything but a plain file with one name: log/ is open to every local user, who must not
+// be able to point the module's appends at a file of their choosing (or stall them on a pipe).
+// Such a file counts as one that can't be opened.
+FILE* OpenLogFile(const std::string& path) {
+  int descriptor =
+      open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0666);
+  if (descriptor < 0) return nullptr;
+  struct stat info;
+  FILE* file = nullptr;
+  if (fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_nlink == 1) {
+    file = fdopen(descriptor, "a+b");
+  }
+  if (file == nullptr) close(descriptor);
+  return file;
+}
+
 // The file step of WriteLogLine, after the mask test. `savedErrno` is the errno the caller found
 // on entry, before anything here could change it.
 int WriteLine(uint32_t level, const char* text, const void* data, uint32_t dataLength,
@@ -53,7 +72,7 @@ int WriteLine(uint32_t level, const char* text, const void* data, uint32_t dataL
     // The write side of configLock keeps lines whole and keeps log writes apart from
     // configuration writes; it is re-entrant, so a thread that holds it may log.
     ScopedWriteLock lock(GetConfigLock());
-    FILE* file = fopen(path.c_str(), "a+b");
+    FILE* file = OpenLogFile(path);
     if (file == nullptr) return 0;
     fprintf(file, "%s%s", head, text != nullptr ? text : "");
     if (level & kLogError) fprintf(file, " GetLastError = %d.", savedErrno);
@@ -172,7 +191,7 @@ const char* LogLevelName(uint32_t level) {
 
 std::string ChooseLogPath(const std::string& directory, const std::string& fileName) {
   const std::string joined = directory + fileName;
-  if (FILE* file = fopen(joined.c_str(), "a+")) {
+  if (FILE* file = OpenLogFile(joined)) {
     fclose(file);
     return joined;
   }

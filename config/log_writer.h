@@ -9,7 +9,8 @@
 // log (or the updater log while `isScanning` is set) by opening, writing and closing the file under
 // configLock, so lines never interleave and a removed file comes back.
 // Every function is thread-safe and lets no exception out; a file that can't be opened makes
-// the writer return 0 and the caller goes on.
+// the writer return 0 and the caller goes on. A symlink, a pipe or a file with a second name in
+// the log file's place counts as one that can't be opened: the log folder is open to all users.
 #ifndef VSM_CONFIG_LOG_WRITER_H_
 #define VSM_CONFIG_LOG_WRITER_H_
 
@@ -53,8 +54,9 @@ bool IsScanning();
 // when none of the five bits is set.
 const char* LogLevelName(uint32_t level);
 
-// `directory` + `fileName` when that file can be opened for appending; otherwise the same with
-// "(<rand()>)" before the extension, so a process that can't open the log writes beside it.
+// `directory` + `fileName` when that file can be opened for appending (as the writer opens it);
+// otherwise the same with "(<rand()>)" before the extension, so a process that can't open the
+// log writes beside it.
 std::string ChooseLogPath(const std::string& directory, const std::string& fileName);
 
 }  // namespace vsm

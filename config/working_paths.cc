@@ -6,7 +6,6 @@
 #include "config/log_writer.h"
 #include "config/module_identity.h"
 #include "config/path_table.h"
-#include "support/checked_format.h"
 #include "support/file_stream.h"
 #include "support/file_tree.h"
 #include "support/module_path.h"
@@ -16,7 +15,6 @@ namespace vsm {
 
 namespace {
 
-constexpr size_t kCommandBufferSize = 256;
 constexpr size_t kTokenBufferSize = 1024;
 
 // Drawn once at start-up. Nothing in the module reads it back; it stays for hosts and tools that
@@ -24,11 +22,10 @@ constexpr size_t kTokenBufferSize = 1024;
 char instanceToken[kTokenBufferSize];
 
 void OpenToEverybody(const std::string& directory) {
-  char command[kCommandBufferSize] = {};
-  CheckedFormat(command, sizeof(command), "chmod 777 -R %s", directory.c_str());
-  // The result is ignored: a folder that keeps its mode is no reason to stop the start.
-  int ignored = system(command);
-  (void)ignored;
+  // The modes of "chmod 777 -R", set by system calls rather than through a shell: no folder name,
+  // however long or strange, can end the start or run a command, and no link is followed. The
+  // result is ignored: a folder that keeps its mode is no reason to stop the start.
+  ChangeTreeMode(directory.c_str(), 0777);
 }
 
 }  // namespace

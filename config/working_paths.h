@@ -7,8 +7,7 @@
 // non-empty root directory, returns at once, so a changed configuration file isn't read again.
 // Start-up is meant to run on one thread before any other part of the module is used; it takes
 // no lock for its test. Nothing fails visibly: folders that can't be made show up later as log
-// or file operations that fail. A folder path too long for the 256-byte shell command that sets
-// the permissions ends the process.
+// or file operations that fail. No shell runs: any program path, however long or odd, starts.
 #ifndef VSM_CONFIG_WORKING_PATHS_H_
 #define VSM_CONFIG_WORKING_PATHS_H_
 
@@ -17,7 +16,8 @@
 namespace vsm {
 
 // Start-up from the path of this process's program file. With `adjustPermissions` the log and
-// dump folders are opened to everybody ("chmod 777 -R"), and the dump folder is made.
+// dump folders and all they hold get mode 0777 as "chmod 777 -R" gives it (without following
+// links), and the dump folder is made.
 void InitializeWorkingPaths(bool adjustPermissions);
 // The same from a given program path.
 void InitializeWorkingPathsFrom(const std::string& programPath, bool adjustPermissions);

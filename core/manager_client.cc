@@ -100,7 +100,12 @@ void ManagerClient::RequestUserExit(const std::string& user) { WriteExitFlag(use
 
 std::string ManagerClient::FindUserOfHash(const std::string& hash) {
   std::lock_guard<std::mutex> hold(sharedStateMutex_);
-  return userHashes_[hash];
+  auto known = userHashes_.find(hash);
+  if (known != userHashes_.end()) return known->second;
+  // Bounded, not ever-growing: a page may send any number of made-up hashes, and each would stay
+  // for the life of the host. Past the bound an unknown hash answers the same and is not kept.
+  if (userHashes_.size() < kMaxRememberedHashes) userHashes_.emplace(hash, std::string());
+  return std::string();
 }
 
 void ManagerClient::RecordUserSession(const std::string& user, uint32_t session, uint32_t process) {

@@ -13,6 +13,7 @@
 #ifndef VSM_CORE_MANAGER_CLIENT_H_
 #define VSM_CORE_MANAGER_CLIENT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -42,6 +43,8 @@ using ModulePortMap = std::map<std::string, std::pair<int32_t, int32_t>>;
 
 class ManagerClient {
  public:
+  static constexpr size_t kMaxRememberedHashes = 10000;
+
   ManagerClient();
   virtual ~ManagerClient();
   ManagerClient(const ManagerClient&) = delete;
@@ -93,7 +96,9 @@ class ManagerClient {
   // What the handlers answer to a parameter of the wrong type: the raw text "{}", with no
   // code, no id and no cmdId; the error goes to the log only.
   void ReplyRawParameterTypeError(HttpParamRequest* request);
-  // The user stored under `hash`, inserting an empty user for an unknown hash.
+  // The user stored under `hash`, inserting an empty user for an unknown hash while the map
+  // holds fewer than kMaxRememberedHashes entries. Hashes that VersionInfo records are kept
+  // whatever the count: there is one per user of the machine.
   std::string FindUserOfHash(const std::string& hash);
   void RecordUserSession(const std::string& user, uint32_t session, uint32_t process);
   void RecordUserHash(const std::string& hashText, const std::string& user);

@@ -26,3 +26,31 @@ COMMANDS
 
 echo "--- $demo/VSConfiguration.ini"
 cat "$demo/VSConfiguration.ini"
+
+# The same module behind vsmhost, the reference host, on a free loopback port: a page would
+# talk to it the same way (open http://127.0.0.1:PORT/ in a browser while it runs).
+cp build/main/tools/vsmhost "$demo/"
+cp -r build/main/tools/page "$demo/"
+"$demo/vsmhost" --port 0 --verbose >"$demo/vsmhost.out" 2>"$demo/vsmhost.err" &
+host=$!
+trap 'kill "$host" 2>/dev/null || true' EXIT
+for _ in $(seq 100); do grep -q listening "$demo/vsmhost.out" && break; sleep 0.1; done
+port=$(sed -n 's|^listening on http://127.0.0.1:\([0-9]*\)$|\1|p' "$demo/vsmhost.out")
+echo "--- vsmhost on http://127.0.0.1:$port"
+host_request() { python3 -c '
+import http.client, sys
+c = http.client.HTTPConnection("127.0.0.1", int(sys.argv[1]), timeout=30)
+c.request(sys.argv[2], sys.argv[3], sys.argv[4] if len(sys.argv) > 4 else None,
+          {"Origin": "http://127.0.0.1:" + sys.argv[1]})
+r = c.getresponse()
+print("---", sys.argv[2], sys.argv[3], r.status)
+sys.stdout.write(r.read().decode())
+print()' "$port" "$@"; }
+host_request GET /status
+host_request POST /vsm/ '{"id":"1","cmdId":"1","method":"VSVersion","parameter":[]}'
+host_request GET '/vsm/ChangePort?id=2&p=["a"]'
+kill -TERM "$host"
+wait "$host"
+trap - EXIT
+echo "--- vsmhost stopped; its log:"
+cat "$demo/vsmhost.err"

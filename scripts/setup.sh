@@ -8,6 +8,8 @@ packages=(
   libjsoncpp-dev zlib1g-dev libminizip-dev libutfcpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   python3 procps
+  python3-numpy python3-pil libvips-dev
+  libboost-dev python3-websockets chromium dpkg-dev file
 )
 
 missing=()

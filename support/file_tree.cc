@@ -6,11 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "support/atomic_file.h"
 #include "support/clock.h"
 #include "support/file_stream.h"
 #include "support/module_path.h"
@@ -52,7 +54,62 @@ bool IsBeforeYesterday(const LocalSystemTime& now, const LocalSystemTime& then) 
   return now.day >= then.day + 2;
 }
 
+// Deep enough for any tree the module makes, shallow enough that the open folders of one walk
+// stay far below the descriptor limit.
+constexpr int kMaxTreeDepth = 256;
+
+// The mode a numeric "chmod" leaves: folders keep their set-user-ID and set-group-ID bits.
+mode_t ModeFor(const struct stat& info, mode_t mode) {
+  return S_ISDIR(info.st_mode) ? (mode | (info.st_mode & (S_ISUID | S_ISGID))) : mode;
+}
+
+int OpenFolderNoFollow(int parent, const char* name) {
+  return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+bool ChangeEntryMode(int parent, const char* name, mode_t mode, int depth);
+
+// The folder open at `descriptor`, which is closed here, and what it holds.
+bool ChangeOpenFolderMode(int descriptor, mode_t mode, int depth) {
+  struct stat info;
+  bool changed = fstat(descriptor, &info) == 0 && fchmod(descriptor, ModeFor(info, mode)) == 0;
+  DIR* folder = fdopendir(descriptor);
+  if (folder == nullptr) {
+    close(descriptor);
+    return false;
+  }
+  while (struct dirent* entry = readdir(folder)) {
+    if (IsDotEntry(entry->d_name)) continue;
+    changed = ChangeEntryMode(dirfd(folder), entry->d_name, mode, depth + 1) && changed;
+  }
+  closedir(folder);
+  return changed;
+}
+
+bool ChangeEntryMode(int parent, const char* name, mode_t mode, int depth) {
+  struct stat info;
+  if (fstatat(parent, name, &info, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  if (S_ISLNK(info.st_mode)) return true;
+  if (!S_ISDIR(info.st_mode)) return fchmodat(parent, name, mode, AT_SYMLINK_NOFOLLOW) == 0;
+  if (depth > kMaxTreeDepth) return false;
+  int folder = OpenFolderNoFollow(parent, name);
+  if (folder < 0 && errno == EACCES) {
+    // A folder closed to its own owner opens once it has the new mode.
+    if (fchmodat(parent, name, ModeFor(info, mode), AT_SYMLINK_NOFOLLOW) != 0) return false;
+    folder = OpenFolderNoFollow(parent, name);
+  }
+  return folder >= 0 && ChangeOpenFolderMode(folder, mode, depth);
+}
+
 }  // namespace
+
+int ChangeTreeMode(const char* path, mode_t mode) {
+  if (path == nullptr || path[0] == '\0') return 0;
+  std::string top(path);
+  // A trailing '/' would make the kernel follow a link at the top.
+  while (top.size() > 1 && top.back() == '/') top.pop_back();
+  return ChangeEntryMode(AT_FDCWD, top.c_str(), mode, 0) ? 1 : 0;
+}
 
 int RemoveTree(const char* path) {
   if (path == nullptr) return 0;
@@ -146,20 +203,20 @@ int CopyFileLocked(const char* source, const char* target, int ignored) {
     std::free(block);
     return 0;
   }
-  int descriptor = open(target, O_RDWR | O_CREAT | O_TRUNC, 0777);
-  if (descriptor < 0) {
-    std::free(block);
-    return 0;
-  }
-  // The lock only keeps other cooperating copies out for the moment of the write; a target that
-  // is locked elsewhere is written all the same.
-  flock(descriptor, LOCK_EX | LOCK_NB);
-  ssize_t written = write(descriptor, block, size);
-  (void)written;
-  flock(descriptor, LOCK_UN | LOCK_NB);
-  close(descriptor);
+  // Through a temporary file renamed over the target rather than a truncation in place, so that
+  // an interrupted copy leaves the old target whole. The lock only keeps other cooperating
+  // copies out for the moment of the write; a target locked elsewhere is written all the same.
+  bool copied = ReplaceFileContent(
+      target,
+      [block, size](int descriptor) {
+        flock(descriptor, LOCK_EX | LOCK_NB);
+        bool written = write(descriptor, block, size) == static_cast<ssize_t>(size);
+        flock(descriptor, LOCK_UN | LOCK_NB);
+        return written;
+      },
+      0777);
   std::free(block);
-  return 1;
+  return copied ? 1 : 0;
 }
 
 int CopyTree(const char* source, const char* target, int recurse) {

@@ -8,8 +8,18 @@
 #ifndef VSM_SUPPORT_FILE_TREE_H_
 #define VSM_SUPPORT_FILE_TREE_H_
 
+#include <sys/types.h>
+
 namespace vsm {
 
+// Gives `path` and everything below it the permission bits `mode`, as "chmod -R" with a numeric
+// mode does: files take `mode` exactly, folders keep their set-user-ID and set-group-ID bits, and
+// symlinks are neither changed nor followed, the top one included (a trailing '/' doesn't make it
+// followed). Entries are reached through open folder descriptors, so one swapped for a link in
+// the meantime isn't followed either. Folders deeper than 256 levels below `path` are left as
+// they are. 1 when every entry that isn't a link took the mode; 0 otherwise, also for a null,
+// empty or missing path. Nothing prints; entries that fail are passed over.
+int ChangeTreeMode(const char* path, mode_t mode);
 // Quietly deletes a folder and what it holds, following links (stat). Deliberately keeps its
 // early stop, which callers have always seen: a sub-folder deleted with success ends the scan,
 // leaves the rest of the folder in place and gives 1; a sub-folder that couldn't be deleted lets
@@ -27,10 +37,11 @@ int DeletePath(const char* path);
 // is whether that worked; otherwise 1. A folder that can't be opened is no failure.
 // Trailing '\' are removed from `path` before the scan.
 int DeleteTree(const char* path, int removeSelf);
-// Copies the whole file under an exclusive lock taken without waiting, creating or truncating
-// `target` with mode 0777. Deliberately gives 1, target untouched, when `source` can't be read
-// (callers copy what they can and go on), and 0, target untouched, for an empty source. 0 when
-// the target can't be opened. The third argument is ignored.
+// Copies the whole file under an exclusive lock taken without waiting, replacing `target` whole
+// (support/atomic_file.h; a new target gets mode 0777). Deliberately gives 1, target untouched,
+// when `source` can't be read (callers copy what they can and go on), and 0, target untouched,
+// for an empty source. 0, target untouched, when it can't be written. The third argument is
+// ignored.
 int CopyFileLocked(const char* source, const char* target, int ignored);
 // Copies the files of `source` into `target`, making target folders on the way, and with
 // `recurse` the sub-folders too. Folders are only made for files, so an empty source folder

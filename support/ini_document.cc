@@ -1,12 +1,16 @@
 #include "support/ini_document.h"
 
 #include <strings.h>
+#include <unistd.h>
 #include <wchar.h>
+#include <ext/stdio_filebuf.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <utility>
 #include <vector>
+
+#include "support/atomic_file.h"
 
 namespace vsm {
 
@@ -50,6 +54,13 @@ std::string FileNameBytes(const std::wstring& path) {
   std::vector<char> bytes(length + 1);
   wcstombs(bytes.data(), path.c_str(), bytes.size());
   return std::string(bytes.data(), length);
+}
+
+// A name or a value is written up to its first line feed, so that one entry is always one line:
+// a value that came from a page can't add keys or sections of its own to the file.
+template <typename CharT>
+std::basic_string<CharT> OneLine(const std::basic_string<CharT>& text) {
+  return text.substr(0, text.find(CharT('\n')));
 }
 
 // Takes the entry out of `map` under its old name and puts it in again under `newName`, so that
@@ -157,18 +168,24 @@ void BasicIniDocument<CharT>::Load(std::basic_istream<CharT>& in, bool merge) {
 
 template <typename CharT>
 void BasicIniDocument<CharT>::Save(const String& path) const {
-  std::basic_ofstream<CharT> out(FileNameBytes(path),
-                                 std::ios::out | std::ios::binary | std::ios::trunc);
-  if (!out.is_open()) return;
-  Save(out);
+  // Through a temporary file renamed over the old one, not truncated in place: a crash or a
+  // reader in another process must never meet an empty or half-written settings file. The
+  // stream converts characters exactly as a file stream of this type would.
+  ReplaceFileContent(FileNameBytes(path), [this](int descriptor) {
+    __gnu_cxx::stdio_filebuf<CharT> file(dup(descriptor), std::ios::out | std::ios::binary);
+    std::basic_ostream<CharT> out(&file);
+    Save(out);
+    return !out.fail() && file.close() != nullptr;
+  });
 }
 
 template <typename CharT>
 void BasicIniDocument<CharT>::Save(std::basic_ostream<CharT>& out) const {
   for (const auto& section : sections_) {
-    out << CharT('[') << section.second->name() << CharT(']') << CharT('\n');
+    out << CharT('[') << OneLine(section.second->name()) << CharT(']') << CharT('\n');
     for (const auto& key : section.second->keys()) {
-      out << key.second->name() << CharT('=') << key.second->GetValue() << CharT('\n');
+      out << OneLine(key.second->name()) << CharT('=') << OneLine(key.second->GetValue())
+          << CharT('\n');
     }
   }
   out.flush();

@@ -14,7 +14,10 @@
 //   - otherwise "key=value" at the first '=' sets a key of the current section; the value keeps
 //     its blanks; lines without '=', starting with '=', or before any section are dropped.
 // There is no comment syntax: "# a=b" is the key "# a". Save writes "[name]\n" and then
-// "key=value\n" for each key, in map order, with no blank lines and no carriage returns.
+// "key=value\n" for each key, in map order, with no blank lines and no carriage returns; a name
+// or value holding a line feed is written up to it, so that no entry spills onto a line of its
+// own. Saving to a file replaces it whole through a temporary file (support/atomic_file.h):
+// readers and a crash see the old content or the new, and a failed save leaves the old file.
 //
 // Ownership: a document owns its sections and a section its keys. A pointer handed out by
 // GetSection, GetOrAddSection, GetKey or GetOrAddKey stays valid until that entry is deleted or
@@ -130,7 +133,7 @@ class BasicIniDocument {
   // what is there.
   void Load(const String& path, bool merge = false);
   void Load(std::basic_istream<CharT>& in, bool merge = false);
-  // Writes the document; a file is truncated first.
+  // Writes the document; a file is replaced whole, keeping its mode, owner and symlinks.
   void Save(const String& path) const;
   void Save(std::basic_ostream<CharT>& out) const;
 

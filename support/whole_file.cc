@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/atomic_file.h"
 #include "support/file_stream.h"
 #include "support/module_path.h"
 #include "support/tracked_heap.h"
@@ -111,18 +112,17 @@ void* ReadFileAlloc(const char* path, uint32_t* size, int* error) {
 }
 
 int WriteFileAt(const char* path, const void* data, uint32_t count, uint32_t offset) {
-  FILE* stream = nullptr;
-  if (offset != 0) {
-    EnsureParentDirectories(path, nullptr);
-    stream = OpenFileEx(path, kGenericRead | kGenericWrite, 0, nullptr, kOpenExisting, 0);
-    if (stream == nullptr) return kFileErrorAccess;
-    std::fseek(stream, static_cast<long>(offset), SEEK_SET);
-  } else {
+  if (offset == 0) {
     if (!MakeWritable(path)) return kFileErrorNotWritable;
     EnsureParentDirectories(path, nullptr);
-    stream = OpenFileEx(path, kGenericRead | kGenericWrite, 0, nullptr, kCreateAlways, 0);
-    if (stream == nullptr) return kFileErrorAccess;
+    // A whole new file goes through a temporary one, not a truncation in place: a failed or
+    // interrupted write then leaves the old file whole instead of none or a cut one.
+    return ReplaceFileBytes(path, data, count) ? kFileErrorNone : kFileErrorAccess;
   }
+  EnsureParentDirectories(path, nullptr);
+  FILE* stream = OpenFileEx(path, kGenericRead | kGenericWrite, 0, nullptr, kOpenExisting, 0);
+  if (stream == nullptr) return kFileErrorAccess;
+  std::fseek(stream, static_cast<long>(offset), SEEK_SET);
   // The bytes count as written only once they have left the stream's buffer: a full disk shows
   // at the flush, and a half-written file must not stay behind.
   if (!WriteFile(stream, data, count, nullptr) || std::fflush(stream) != 0) {

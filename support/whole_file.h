@@ -35,10 +35,10 @@ int ReadFileInto(const char* path, void* buffer, uint32_t count);
 // kFileErrorNone on success. Either pointer may be null.
 void* ReadFileAlloc(const char* path, uint32_t* size, int* error);
 // Writes `count` bytes of `data` into `path`, making the folders above it. With offset 0 the
-// file is created or truncated; with another offset it must exist and is patched in place at
-// that offset. kFileErrorNotWritable for a null path; kFileErrorAccess when it can't be opened
-// or the bytes don't all reach the file, and then the file is deleted, even one that existed;
-// kFileErrorNone on success.
+// file is replaced whole (support/atomic_file.h): on failure kFileErrorAccess and the old file,
+// if any, stays as it was. With another offset the file must exist and is patched in place at
+// that offset; when it can't be opened or the bytes don't all reach it, kFileErrorAccess and the
+// file is deleted. kFileErrorNotWritable for a null path; kFileErrorNone on success.
 int WriteFileAt(const char* path, const void* data, uint32_t count, uint32_t offset);
 // 0 stays 0; any other code becomes -3000 - code, the range of file errors in answers.
 int MapFileError(int code);

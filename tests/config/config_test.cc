@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <functional>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -289,6 +290,31 @@ TEST(LogWriterTest, MaskLinesAndData) {
                               static_cast<int>(syscall(SYS_gettid)));
   strftime(head + length, sizeof(head) - length, "%m/%d/%Y ", localtime(&now));
   EXPECT_EQ(ReadFileBytes(dir.Join("log/vss.log")).substr(0, strlen(head)), head);
+}
+
+// log/ is open to every local user: what one plants in the log file's place is never written
+// through, and the line is lost as with a log that can't be opened.
+TEST(LogWriterTest, PlantedLinksPipesAndSecondNamesAreNotWritten) {
+  testing::TempDir dir, outside;
+  BuildPathTable(dir.Join("prog"));
+  mkdir(dir.Join("log").c_str(), 0777);
+  SetVerboseLogging(true);
+  const std::string logFile = dir.Join("log/vss.log"), target = outside.Join("target");
+  const std::pair<const char*, std::function<int()>> plants[] = {
+      {"link", [&] { return symlink(target.c_str(), logFile.c_str()); }},
+      {"dangling link", [&] { return symlink(outside.Join("new").c_str(), logFile.c_str()); }},
+      {"second name", [&] { return link(target.c_str(), logFile.c_str()); }},
+      {"pipe", [&] { return mkfifo(logFile.c_str(), 0666); }}};
+  for (const auto& [name, plant] : plants) {
+    SCOPED_TRACE(name);
+    WriteFileBytes(target, "precious");
+    ASSERT_EQ(plant(), 0);
+    EXPECT_EQ(LogError("line"), 0);
+    EXPECT_EQ(ReadFileBytes(target), "precious");
+    EXPECT_FALSE(testing::PathExists(outside.Join("new")));
+    remove(logFile.c_str());
+  }
+  EXPECT_EQ(LogError("line"), 1);  // and a plain file is written again
 }
 
 }  // namespace

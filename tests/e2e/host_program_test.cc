@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
 
 #include "e2e/harness/host_harness.h"
@@ -113,6 +114,26 @@ TEST(HostProgram, StartsWhereItCannotBuildItsTree) {
   chmod(readOnly.path().c_str(), 0755);
   EXPECT_EQ(ReadFileBytes(plainLog.Join("log")), "not a folder");
   EXPECT_FALSE(PathExists(readOnly.Join("log")));
+}
+
+// No shell sees the folder's name: none of these runs a command, and a path of 600 and more
+// characters starts like any other.
+TEST(HostProgram, StartsFromAnyFolderNameWithoutRunningIt) {
+  TempDir base;
+  ASSERT_EQ(chdir(base.path().c_str()), 0);  // where a command that slipped through would write
+  const std::string part(200, 'n');
+  for (const std::string& name : {std::string("semi;touch PWNED;x"), std::string("two  blanks"),
+                                  std::string("quote'\"s"), std::string("$(touch PWNED)"),
+                                  std::string("`touch PWNED`"), part + "/" + part + "/" + part}) {
+    const std::string folder = base.Join(name);
+    std::filesystem::create_directories(folder);
+    int status = -1;
+    std::string output = RunHost(folder, {"{\"method\":\"ChangePort\"}"}, "", &status);
+    EXPECT_EQ(status, 0) << name;
+    EXPECT_NE(output.find("\"result\" : [ true ]"), std::string::npos) << name << output;
+    EXPECT_TRUE(ModeOf(folder + "/log") == 0777 && ModeOf(folder + "/dump") == 0777) << name;
+  }
+  EXPECT_FALSE(PathExists(base.Join("PWNED")));
 }
 
 TEST(HostProgram, MistakesInItsOwnUseExitWithTwo) {

@@ -187,6 +187,53 @@ TEST(FileTreeTest, DeleteTreePrintsEachEntryAndStopsAtWhatItCannotDelete) {
                                       : "l/ outside/ outside/kept");
 }
 
+// "path mode" for every entry below `root`, links not followed, in sorted order.
+std::string Modes(const std::string& root) {
+  std::string lines;
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    names.push_back(entry.path().string());
+  }
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    struct stat info;
+    lstat(name.c_str(), &info);
+    lines += name.substr(root.size()) + " " + std::to_string(info.st_mode & 07777) + "\n";
+  }
+  return lines;
+}
+
+// The system's chmod is the oracle: the same tree given to it and to ChangeTreeMode ends with the
+// same modes, set-id bits of files and folders, sticky bits and links included.
+TEST(FileTreeTest, ChangeTreeModeLeavesTheModesOfChmodRecursiveAndFollowsNoLink) {
+  TempDir dir;
+  Build(dir, {"out/", "out/f", "out/d/", "out/d/g"});
+  for (const std::string t : {"chmod/", "ours/"}) {
+    Build(dir, {t, t + "f", t + "s", t + "g/", t + "g/f", t + "k/", t + "z/", t + "z/f", t + "a/",
+                t + "a/b/", t + "a/b/f"});
+    for (const auto& [name, mode] :
+         {std::pair(t + "f", 0600), std::pair(t + "s", 06755), std::pair(t + "g/f", 0),
+          std::pair(t + "g", 02750), std::pair(t + "k", 01700), std::pair(t + "z", 0)}) {
+      ASSERT_EQ(chmod(dir.Join(name).c_str(), mode), 0);
+    }
+    ASSERT_EQ(symlink(dir.Join("out/f").c_str(), dir.Join(t + "to file").c_str()) +
+                  symlink(dir.Join("out/d").c_str(), dir.Join(t + "a/to folder").c_str()),
+              0);
+  }
+  ASSERT_EQ(chmod(dir.Join("out/f").c_str(), 0600) + chmod(dir.Join("out/d").c_str(), 0700), 0);
+  const std::string outside = Modes(dir.Join("out"));
+  ASSERT_EQ(std::system(("chmod 777 -R '" + dir.Join("chmod") + "'").c_str()), 0);
+  EXPECT_EQ(ChangeTreeMode((dir.Join("ours") + "//").c_str(), 0777), 1);
+  EXPECT_EQ(Modes(dir.Join("ours")), Modes(dir.Join("chmod")));
+  // A link at the top is not followed either, unlike chmod's; missing paths fail.
+  ASSERT_EQ(symlink(dir.Join("out").c_str(), dir.Join("top").c_str()), 0);
+  EXPECT_EQ(Results({ChangeTreeMode(dir.Join("top/").c_str(), 0777),
+                     ChangeTreeMode(dir.Join("none").c_str(), 0777), ChangeTreeMode("", 0777),
+                     ChangeTreeMode(nullptr, 0777)}),
+            "1 0 0 0");
+  EXPECT_EQ(Modes(dir.Join("out")), outside);
+}
+
 TEST(FileTreeTest, CopiesCountUnreadableSourcesAsDoneAndEmptyFilesAsFailed) {
   TempDir dir;
   Build(dir, {"src/", "src/a", "src/sub dir/", "src/sub dir/b", "src/none/", "e/", "e/empty",

@@ -69,6 +69,10 @@ TEST(IniDocumentTest, GrammarSavesExactTextNamesAreTrimmedAndCaselessLoadsMergeA
   EXPECT_EQ(ReadFileBytes(dir.Join("saved.ini")), "[Main]\nEmpty=\nPort=3\nSpaced= x \n[T]\nx=4\n");
   document.Load(dir.Join("b.ini"), false);
   EXPECT_EQ(SaveText(document), "[MAIN]\nport=3\n[T]\nx=4\n");
+  // A value with line feeds is saved up to the first: it can't add entries of its own.
+  document.SetValue("T", "x", "4\r\n[VS]\nOnlyLoadVeldoraneSignedModule=FALSE\n");
+  EXPECT_EQ(SaveText(document), "[MAIN]\nport=3\n[T]\nx=4\r\n");
+  EXPECT_EQ(RoundTrip(SaveText(document)), "[MAIN]\nport=3\n[T]\nx=4\n");
   // The wide form, through a file; a rename takes the new place in the order, or is refused
   // when the name is taken in any case.
   std::wstring path = std::wstring(dir.path().begin(), dir.path().end()) + L"/b.ini";

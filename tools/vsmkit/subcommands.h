@@ -11,6 +11,12 @@ extern const char kZlibUsage[];
 int RunZlib(const Arguments& arguments);
 extern const char kUnzipUsage[];
 int RunUnzip(const Arguments& arguments);
+extern const char kUrlUsage[];
+int RunUrl(const Arguments& arguments);
+
+// vsmkit image OP IN.bmp [OUT.bmp] ARG...: one operation of the image kit on a BMP file.
+int RunImage(const Arguments& arguments);
+const char* ImageUsage();
 
 }  // namespace vsmkit
 

@@ -16,6 +16,8 @@ namespace {
 const Subcommand kSubcommands[] = {
     {"zlib", kZlibUsage, RunZlib},
     {"unzip", kUnzipUsage, RunUnzip},
+    {"image", ImageUsage(), RunImage},
+    {"url", kUrlUsage, RunUrl},
 };
 
 void PrintHelp(FILE* out) {

@@ -57,16 +57,13 @@ CommandResult Send(const std::string& text) {
   return Send(call);
 }
 
-std::string RunHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
-                      const std::string& input, int* status) {
+int StartHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
+                const std::string& inputPath, const std::string& outputPath) {
   const std::string program = folder + "/vsmctl";
   if (access(program.c_str(), X_OK) != 0) {
     testing::WriteFileBytes(program, testing::ReadFileBytes(VSMCTL_PATH));
     chmod(program.c_str(), 0755);
   }
-  // Input and output live outside the folder, which a test may have made read-only.
-  testing::TempDir io;
-  testing::WriteFileBytes(io.Join("in"), input);
   pid_t child = fork();
   if (child == 0) {
     std::vector<std::string> all = {program, "--lib", VSM_LIBRARY_PATH};
@@ -74,8 +71,7 @@ std::string RunHostAs(int uid, const std::string& folder, const std::vector<std:
     std::vector<char*> argv;
     for (std::string& argument : all) argv.push_back(argument.data());
     argv.push_back(nullptr);
-    if (!freopen(io.Join("in").c_str(), "rb", stdin) ||
-        !freopen(io.Join("out").c_str(), "wb", stdout) ||
+    if (!freopen(inputPath.c_str(), "rb", stdin) || !freopen(outputPath.c_str(), "wb", stdout) ||
         (uid >= 0 &&
          (setgid(static_cast<gid_t>(uid)) != 0 || setuid(static_cast<uid_t>(uid)) != 0))) {
       _exit(125);
@@ -83,6 +79,15 @@ std::string RunHostAs(int uid, const std::string& folder, const std::vector<std:
     execv(program.c_str(), argv.data());
     _exit(127);
   }
+  return child;
+}
+
+std::string RunHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
+                      const std::string& input, int* status) {
+  // Input and output live outside the folder, which a test may have made read-only.
+  testing::TempDir io;
+  testing::WriteFileBytes(io.Join("in"), input);
+  pid_t child = StartHostAs(uid, folder, arguments, io.Join("in"), io.Join("out"));
   int childStatus = -1;
   waitpid(child, &childStatus, 0);
   if (status != nullptr) *status = WIFEXITED(childStatus) ? WEXITSTATUS(childStatus) : -1;

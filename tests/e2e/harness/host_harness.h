@@ -50,6 +50,11 @@ CommandResult Send(const CommandCall& call);
 // A command text on the usual road: URL "/vsm/", local origin, supported client.
 CommandResult Send(const std::string& text);
 
+// Starts a copy of vsmctl placed in `folder` with `arguments`, reading standard input from
+// `inputPath` and writing standard output to `outputPath`, as user `uid` when it is not -1.
+// Returns its process number; the caller waits for it.
+int StartHostAs(int uid, const std::string& folder, const std::vector<std::string>& arguments,
+                const std::string& inputPath, const std::string& outputPath);
 // Runs a copy of vsmctl placed in `folder` (so that the module's start-up builds its files
 // there) with `arguments` and `input` on standard input, as user `uid` when it is not -1 (the
 // caller must then be root). Returns its standard output; the exit status goes to `status`.
