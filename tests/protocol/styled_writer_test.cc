@@ -46,6 +46,9 @@ TEST(StyledWriter, WritesExactBytes) {
       {"[1, /* c */ 2]", "[\n   1, /* c */\n   2\n]\n"}};
   for (const auto& [json, expected] : rows) EXPECT_EQ(Rewrite(json), expected) << json;
   EXPECT_EQ(StyledWrite(Json::Value(std::string("x\0y", 3))), "\"x\"\n");
+  Json::Value sparse;
+  sparse[3] = 1;  // the indices it skips read as null
+  EXPECT_EQ(StyledWrite(sparse), "[ null, null, null, 1 ]\n");
   EXPECT_EQ(FormatReal(INFINITY), "inf");
 }
 
