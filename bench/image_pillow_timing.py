@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
 """image_pillow_timing.py PICTURE.bmp OPERATION: prints the processor seconds Pillow takes for
-one operation on the picture, loading excluded, for image_bench.
+one operation on the picture, loading excluded, for the image benchmarks.
 
 half: bilinear resize to half size; reduce: reduce(2), a box average; up: bicubic resize to 1.5
-times; dither: conversion to the web palette with Floyd-Steinberg diffusion.
+times; dither: conversion to the web palette with Floyd-Steinberg diffusion; cw: a quarter turn;
+rotate: 30 degrees, bilinear, grown to the bounding box; blur: the 3 x 3 kernel
+1 2 1 / 2 4 2 / 1 2 1 over 16; grey: conversion to one channel of grey.
 """
 import sys
 import time
 
-from PIL import Image
+from PIL import Image, ImageFilter
 
 
 def main():
@@ -23,6 +25,10 @@ def main():
         "up": lambda: picture.resize((width * 3 // 2, height * 3 // 2), Image.Resampling.BICUBIC),
         "dither": lambda: picture.convert("P", palette=Image.Palette.WEB,
                                           dither=Image.Dither.FLOYDSTEINBERG),
+        "cw": lambda: picture.transpose(Image.Transpose.ROTATE_270),
+        "rotate": lambda: picture.rotate(30, Image.Resampling.BILINEAR, expand=True),
+        "blur": lambda: picture.filter(ImageFilter.Kernel((3, 3), [1, 2, 1, 2, 4, 2, 1, 2, 1], 16)),
+        "grey": lambda: picture.convert("L"),
     }
     start = time.process_time()
     operations[sys.argv[2]]()

@@ -15,7 +15,7 @@
 #include "config/module_identity.h"
 #include "config/path_table.h"
 #include "support/clock.h"
-#include "support/profile_string.h"
+#include "support/ini_key_reader.h"
 
 namespace vsm {
 
@@ -26,6 +26,8 @@ constexpr uint32_t kVerboseMask = kLogError | kLogInfo | kLogDebug;
 constexpr size_t kLineHeadSize = 512;
 // The text buffer is its measured length plus this much, as it has always been allocated.
 constexpr size_t kTextSlack = 513;
+// How much of LogLevel counts: as many characters as a profile read into 64 bytes keeps.
+constexpr size_t kMaskTextLimit = 62;
 
 std::atomic<bool> verboseLogging{false};
 std::atomic<bool> isScanning{false};
@@ -157,12 +159,13 @@ int LogDebugData(const char* text, const void* data, uint32_t dataLength) {
 uint32_t GetLogMask() {
   if (verboseLogging.load(std::memory_order_relaxed)) return kVerboseMask;
   // Deliberately read from the file at each call and without the lock: a mask changed by hand
-  // takes effect at once, and GetConfigFileBuffer needs no string object.
-  char value[64] = {};
-  GetProfileString("VS", kLogLevelKey.name, kLogLevelKey.defaultValue, value, sizeof(value),
-                   GetConfigFileBuffer());
-  if (value[0] == '\0') return kLogNull;
-  return static_cast<uint32_t>(strtol(value, nullptr, 10));
+  // takes effect at once, and GetConfigFileBuffer needs no string object. Every log call pays
+  // for this read, so it scans the file once for the one key instead of building a document.
+  std::string value = kLogLevelKey.defaultValue;
+  ReadIniValue(GetConfigFileBuffer(), "VS", kLogLevelKey.name, &value);
+  if (value.size() > kMaskTextLimit) value.resize(kMaskTextLimit);
+  if (value.c_str()[0] == '\0') return kLogNull;
+  return static_cast<uint32_t>(strtol(value.c_str(), nullptr, 10));
 }
 
 bool IsDebugLogOn() { return (GetLogMask() & kLogDebug) != 0; }

@@ -40,7 +40,8 @@ HttpParamRequest::HttpParamRequest(const HostCall& call, const std::string& comm
   version_ = parsed.GetVersion();
   parameters_.reserve(parameterCount_ > 0 ? static_cast<size_t>(parameterCount_) : 0);
   for (int32_t index = 0; index < parameterCount_; ++index) {
-    parameters_.push_back(parsed.GetParameter(index));
+    // Moved, not copied: the parsed command is dropped at the end of this constructor.
+    parameters_.push_back(parsed.TakeParameter(index));
   }
 }
 

@@ -91,6 +91,9 @@ constexpr uint32_t kDibHeaderSize = 40;
 // Tag of the constructor that borrows a block instead of copying it.
 struct BorrowBlock {};
 inline constexpr BorrowBlock kBorrowBlock{};
+// Tag of the constructor that flattens a 32-bit block's alpha onto white (AttachFlattened).
+struct FlattenAlpha {};
+inline constexpr FlattenAlpha kFlattenAlpha{};
 
 class CImage {
  public:
@@ -264,6 +267,138 @@ class CImage {
   // False for an invalid image or a size below 1; true at once for the same size.
   bool Scale(int32_t newWidth, int32_t newHeight, int32_t method);
 
+  // --- Geometry (image_geometry.cc, image_rotate.cc, image_crop.cc) ---
+  // Results are built in a temporary and swapped in at the end; each operation refuses an invalid
+  // image with false. Long ones report progress and can be cancelled (see each file).
+
+  // Row i becomes row height - 1 - i.
+  bool FlipRows();
+  // Pixel x becomes pixel width - 1 - x in every row.
+  bool MirrorColumns();
+  // Quarter turns as seen on a picture stored bottom-up: clockwise, (x, y) goes to
+  // (y, width - 1 - x); counter-clockwise to (height - 1 - y, x). Width and height exchange.
+  bool RotateClockwise();
+  bool RotateCounterClockwise();
+  // (x, y) goes to (width - 1 - x, height - 1 - y).
+  bool RotateHalfTurn();
+  // The angle truncated to whole degrees modulo 360: 90, 180 and 270 turn, 0 gives true, any
+  // other false.
+  bool RotateRightAngle(double angle);
+  // True when `angle` is a whole number of degrees and a multiple of 90.
+  static bool IsRightAngle(double angle);
+  // Turns by `angle` degrees, each pixel sampled by SampleAt (mode, overflow, background: four
+  // bytes or null for white). The picture grows to the turned bounding box, or keeps its size.
+  // Right angles and turns that end within a quarter pixel of one take the exact routines. An
+  // angle that gives no finite size is error 5.
+  bool Rotate(int32_t mode, int32_t overflow, const uint8_t* background, bool keepSize,
+              float angle);
+  // Copies the region (see ReadRegion) into `target`, which should be empty, at this depth. A
+  // cancel stops with false and no error, leaving the rows made so far in `target`.
+  bool CropTo(ImageRect rect, CImage& target);
+  // Keeps the region. True at once when the raw rect is at least the image's size in both
+  // directions, or is (0, 0, -1, -1).
+  bool Crop(ImageRect rect);
+  // The region as a new block the caller owns (TrackedFree), or null.
+  uint8_t* CropToDib(ImageRect rect);
+  // Crops into a temporary and drops it: there is no clipboard to take the pixels. Always 0.
+  int32_t CropAndDiscard(ImageRect rect);
+  // A smaller width crops from the right; a larger one keeps every row's bytes and paints the new
+  // columns with `color`.
+  bool ExtendWidth(int32_t newWidth, ColorRefValue color);
+  // Writes the picture of the packed DIB `dib` (borrowed, not changed) with its pixel (0, 0) at
+  // (x, y), clipped to this image; negative x and y count as 0. A 1-bit image takes white for
+  // white and black for every other colour. A block the tracked heap knows to be shorter than
+  // its header says is refused with error 3.
+  bool Paste(int32_t x, int32_t y, const void* dib);
+
+  // --- Packed DIB import (dib_import.cc) ---
+  // Foreign blocks: 16- and 32-bit pixels, bit fields, alpha. Reads never leave the block that
+  // TrackedSize reports; bytes a header claims past its end read as 0.
+
+  // Called on an empty image, which it leaves empty: a new plain block (the caller owns it) with
+  // the picture of `dib`, 16 and 32 bits brought to 24. Null for compression other than 0 and 3,
+  // and with error 3 for null or an unknown or shorter-than-a-header block.
+  uint8_t* NormaliseDib(const void* dib);
+  // Writes the pixel array from `source` rows of 16-bit pixels decoded by the masks, or 32-bit
+  // pixels (masks ignored), last row and last pixel first, so `source` may be this image's own
+  // pixels. `source` must hold all the rows. Other depths: nothing.
+  void ExpandBitfields(const uint8_t* source, uint32_t redMask, uint32_t greenMask,
+                       uint32_t blueMask, uint32_t depth);
+  // A 32-bit (or deeper) picture composed onto white as a new 24-bit block the caller owns;
+  // `dib` itself below 32 bits; null for a block under 40 bytes or shorter than its rows, sizes
+  // below 1, or no memory.
+  static uint8_t* FlattenAlphaDib(const void* dib);
+  // Attach, with a 32-bit picture flattened first: the image then owns the new block and frees
+  // `dib` when it was handed over (copy and external both false). A block the tracked heap knows
+  // to be shorter than its header's layout, or whose header the kit can't hold (sizes below 1, a
+  // header other than 40 bytes, a depth but 1, 4, 8, 16, 24, 32, more than 256 colours), is
+  // refused with error 3 and the image stays empty; a handed-over block is freed then too.
+  void AttachFlattened(void* dib, bool copy, bool external);
+  // AttachFlattened(dib, copy, not external), and AttachFlattened(dib, copy, external).
+  CImage(const void* dib, FlattenAlpha);
+  CImage(void* dib, bool copy, bool external);
+
+  // --- Tone (image_tone.cc) ---
+  // Grey of a pixel: (green * 601 + blue * 117 + red * 306) >> 10.
+
+  // A 1-bit picture of the region: white where the grey is above `level`. A 1-bit image is only
+  // cropped. A cancel keeps the rows done so far, with true.
+  bool Threshold(ImageRect rect, int32_t level);
+  // Grey 8-bit picture. Above 8 bits, of the region's size, read from row 0 and byte `left` of
+  // each row (exact for a region at the origin); at 8 bits the whole image in place, palette
+  // greyed; at 4 and 1 bits the region. `resized` (may be null) tells whether the size changed.
+  bool ToGrey(ImageRect rect, bool* resized);
+  // Inverts the pixel bytes above 8 bits, the palette of a coloured palette image, or the
+  // indices of a grey one.
+  bool Negate();
+  // Maps channels through a 256-byte table: the palette's, or without one every pixel byte i
+  // from the table entry of byte i + 1, shifting the picture by one byte (a byte past the block
+  // reads as 0). Null `table`: error 5.
+  bool ApplyLut(const uint8_t* table);
+  // The table pow(i, 1 / gamma) / (pow(255, 1 / gamma) / 255), clamped, through ApplyLut.
+  bool ApplyGamma(float gamma);
+  // The table (i - 128) * (contrast + 100) / 100 + brightness + 128, clamped, through ApplyLut.
+  void ApplyLight(float brightness, float contrast);
+  void AdjustBrightness(float value);
+  void AdjustContrast(float value);
+
+  // --- Filter (image_filter.cc) ---
+
+  // Filters with a `size` x `size` kernel (row 0 meets the window's lowest row), each sum
+  // divided by `factor` and moved by `offset`, clamped to 0..255. A grey 8-bit image keeps a
+  // border unfiltered (two columns and rows at the low end for size 3, one at the high end); any
+  // other image filters every pixel, taps outside reading pixel (0, 0). Sums wrap at 32 bits. A
+  // size below 1 or past 46340, or a null kernel: error 5.
+  bool Convolve(const int32_t* kernel, int32_t size, int32_t factor, int32_t offset);
+
+  // --- Drawing (image_draw.cc) ---
+
+  // Paints the region with the colour of four bytes at `color` (the palette's exact or nearest
+  // entry). No result: lastError tells (5 for an empty region or a null colour, 1 on cancel).
+  void FillRect(ImageRect rect, const uint8_t* color);
+  // A new 24-bit block the caller owns, of the raw rect's size, holding the region blended
+  // towards `color`: `opacity` in (0, 1) mixes, from 1 up paints the colour, else copies. This
+  // image doesn't change. A cancel returns the rows done so far.
+  uint8_t* BlendRectToDib(ImageRect rect, const uint8_t* color, float opacity);
+  // A box with rounded corners from (left, height - bottom - 1), its right and bottom in the
+  // high and low 16 bits of `rightAndBottom`. `alpha` in (0, 1) is the weight of the old pixel;
+  // 1 paints a solid box with square corners; anything else draws nothing. A non-zero byte at
+  // `shape`: error 6; a null `shape`: error 5.
+  bool DrawRoundedBox(int32_t left, int32_t top, const uint8_t* shape, uint32_t rightAndBottom,
+                      ColorRefValue color, float ratio, float alpha);
+
+  // --- Measures (image_bounds.cc) ---
+
+  // A one-pass spread of the region's colours, each read as blue * 65536 + green * 256 + red,
+  // around a running mean. 0.0 with error 5 for an empty region.
+  double ColorDeviation(ImageRect rect);
+  // Where dark pixels lie: thresholds, scales to 300 wide, blurs, and maps the black pixels'
+  // box back, with `top` the larger row number. Destroys the picture. False when a step fails.
+  bool FindInkBounds(int32_t level, ImageRect* rectOut);
+  // The box of pixels whose colour (all four bytes) differs from `color`; (0x7FFFFFFF,
+  // 0x7FFFFFFF, 0, 0) when none does.
+  ImageRect FindContentBounds(ColorValue color);
+
  private:
   // --- Progress and cancel (image_core.cc) ---
 
@@ -281,6 +416,26 @@ class CImage {
   void ScaleBox(CImage& target);
   void ScaleBilinear(CImage& target);
   void ShrinkByArea(CImage& target);
+
+  // IsValid, and the pixel rows (stride * height bytes behind `bits`) lie inside the block; error
+  // 3 otherwise. The row loops of the geometry, tone and filter operations rely on it.
+  bool HasWholeRows();
+  // Copies pixel (x, y) to (toX, toY) of `target`: by index between palette images of one depth,
+  // else by colour. The per-pixel form behind every row loop.
+  void CopyPixelTo(CImage& target, int32_t toX, int32_t toY, int32_t x, int32_t y);
+  // The quarter turns: a bit walk at 1 bit, the tile walk at 4, 8 and 24 bits.
+  bool TurnQuarter(bool clockwise);
+  bool TurnByTiles(CImage& target, bool clockwise);
+  bool TurnOneBit(CImage& target, bool clockwise);
+  // The walk of Rotate over the destination, with the sampling inlined for plain 24-bit
+  // bilinear.
+  bool RotateInto(CImage& target, int32_t mode, int32_t overflow, const uint8_t* background,
+                  float c, float s, float startX, float startY, float addX, float addY);
+  // Convolve's two paths.
+  bool ConvolveGrey(CImage& target, const int32_t* kernel, int32_t size, int32_t factor,
+                    int32_t offset);
+  bool ConvolveColor(CImage& target, const int32_t* kernel, int32_t size, int32_t factor,
+                     int32_t offset);
 
   bool external_;
   ImageInfo info_;

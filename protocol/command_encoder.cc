@@ -6,10 +6,13 @@ namespace vsm {
 
 namespace {
 
-void AppendResults(const ResultList& results, Json::Value* root) {
-  if (results.empty()) return;  // no "result" member at all
-  Json::Value& result = (*root)["result"];
-  for (const Json::Value* value : results) result.append(value ? *value : Json::Value());
+// The results are written in the place of "result" straight from the list: an answer is
+// encoded again at every result operation, and copying every value into the tree each time
+// would cost more than writing it.
+std::string WriteWithResults(Json::Value* root, const ResultList& results) {
+  if (results.empty()) return StyledWrite(*root);  // no "result" member at all
+  const Json::Value& standIn = (*root)["result"];
+  return StyledWriteWithArray(*root, &standIn, results);
 }
 
 }  // namespace
@@ -24,8 +27,7 @@ std::string EncodeCommandResult(const std::string& id, const std::string& name,
     root["exception"] = exception;
     root["description"] = description;
   }
-  AppendResults(results, &root);
-  return StyledWrite(root);
+  return WriteWithResults(&root, results);
 }
 
 std::string EncodeSessionResult(const std::string& session, const std::string& object,
@@ -37,8 +39,7 @@ std::string EncodeSessionResult(const std::string& session, const std::string& o
   root[isEvent ? "event" : "method"] = name;
   root["exception"] = exception;
   root["description"] = exception == 0 ? std::string("Successful") : description;
-  AppendResults(results, &root);
-  return StyledWrite(root);
+  return WriteWithResults(&root, results);
 }
 
 }  // namespace vsm

@@ -99,4 +99,13 @@ Json::Value* JsonCommand::GetParameter(int index) const {
   return new Json::Value((*parameter_)[static_cast<Json::ArrayIndex>(index)]);
 }
 
+Json::Value* JsonCommand::TakeParameter(int index) {
+  if (GetParameterType(index) == kParameterInvalid) return nullptr;
+  // Both exist (the type test found them), so the non-const operator[] adds nothing.
+  Json::Value& element = root_["parameter"][static_cast<Json::ArrayIndex>(index)];
+  auto* taken = new Json::Value();
+  taken->swap(element);
+  return taken;
+}
+
 }  // namespace vsm

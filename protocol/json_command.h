@@ -73,6 +73,10 @@ class JsonCommand {
   // A new copy of the argument, owned by the caller; null when its type is Invalid (which is
   // every index of a "parameter" that is not an array).
   Json::Value* GetParameter(int index) const;
+  // The same value as GetParameter gives, but moved out of the parsed document rather than
+  // copied, which leaves a null in its place there: for a caller that takes each argument once
+  // and then drops the command.
+  Json::Value* TakeParameter(int index);
 
  private:
   const Json::Value* Member(const std::string& key) const;

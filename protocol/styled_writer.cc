@@ -16,11 +16,6 @@ bool HasComment(const Json::Value& value) {
          value.hasComment(Json::commentAfter);
 }
 
-bool IsNonEmptyContainer(const Json::Value& value) {
-  return (value.type() == Json::arrayValue || value.type() == Json::objectValue) &&
-         value.size() > 0;
-}
-
 // A string value's bytes as the C string they once were.
 std::string CStringOf(const Json::Value& value) {
   const char* begin = nullptr;
@@ -30,8 +25,27 @@ std::string CStringOf(const Json::Value& value) {
   return std::string(begin, nul ? static_cast<const char*>(nul) : end);
 }
 
+const Json::Value& NullValue() {
+  static const Json::Value null;
+  return null;
+}
+
+// The elements of an array in index order. Indices that the array skips read as null, as they
+// do through the array's operator[]; gathering them in one walk spares a map search for each.
+using Elements = std::vector<const Json::Value*>;
+
+Elements ElementsOf(const Json::Value& array) {
+  Elements elements(array.size(), &NullValue());
+  for (auto it = array.begin(); it != array.end(); ++it) elements[it.index()] = &*it;
+  return elements;
+}
+
 class Writer {
  public:
+  // The value at `standIn` (null for none) is written as an array of `standInElements`.
+  Writer(const Json::Value* standIn, const std::vector<Json::Value*>* standInElements)
+      : standIn_(standIn), standInElements_(standInElements) {}
+
   std::string Write(const Json::Value& root) {
     WriteCommentBeforeValue(root);
     WriteValue(root);
@@ -42,6 +56,15 @@ class Writer {
 
  private:
   void WriteValue(const Json::Value& value) {
+    if (&value == standIn_) {
+      Elements elements;
+      elements.reserve(standInElements_->size());
+      for (const Json::Value* element : *standInElements_) {
+        elements.push_back(element != nullptr ? element : &NullValue());
+      }
+      WriteArray(elements);
+      return;
+    }
     switch (value.type()) {
       case Json::nullValue:
         PushValue("null");
@@ -62,7 +85,7 @@ class Writer {
         PushValue(value.asBool() ? "true" : "false");
         break;
       case Json::arrayValue:
-        WriteArrayValue(value);
+        WriteArray(ElementsOf(value));
         break;
       case Json::objectValue:
         WriteObjectValue(value);
@@ -94,15 +117,15 @@ class Writer {
     WriteWithIndent("}");
   }
 
-  void WriteArrayValue(const Json::Value& value) {
-    const Json::ArrayIndex size = value.size();
+  void WriteArray(const Elements& elements) {
+    const size_t size = elements.size();
     if (size == 0) {
       PushValue("[]");
       return;
     }
-    if (!IsMultilineArray(value)) {
+    if (!IsMultilineArray(elements)) {
       document_ += "[ ";
-      for (Json::ArrayIndex index = 0; index < size; ++index) {
+      for (size_t index = 0; index < size; ++index) {
         if (index > 0) document_ += ", ";
         document_ += childValues_[index];
       }
@@ -116,8 +139,8 @@ class Writer {
     const bool hasChildValues = !childValues_.empty();
     std::vector<std::string> formatted;
     formatted.swap(childValues_);
-    for (Json::ArrayIndex index = 0;;) {
-      const Json::Value& child = value[index];
+    for (size_t index = 0;;) {
+      const Json::Value& child = *elements[index];
       WriteCommentBeforeValue(child);
       if (hasChildValues) {
         WriteWithIndent(formatted[index]);
@@ -136,20 +159,26 @@ class Writer {
     WriteWithIndent("]");
   }
 
-  bool IsMultilineArray(const Json::Value& value) {
-    const Json::ArrayIndex size = value.size();
+  bool IsNonEmptyContainer(const Json::Value& value) const {
+    if (&value == standIn_) return !standInElements_->empty();
+    return (value.type() == Json::arrayValue || value.type() == Json::objectValue) &&
+           value.size() > 0;
+  }
+
+  bool IsMultilineArray(const Elements& elements) {
+    const size_t size = elements.size();
     bool multiline = size * 3 >= kRightMargin;
     childValues_.clear();
-    for (Json::ArrayIndex index = 0; index < size && !multiline; ++index) {
-      multiline = IsNonEmptyContainer(value[index]);
+    for (size_t index = 0; index < size && !multiline; ++index) {
+      multiline = IsNonEmptyContainer(*elements[index]);
     }
     if (!multiline) {
       childValues_.reserve(size);
       addChildValues_ = true;
       size_t lineLength = 4 + (size - 1) * 2;  // "[ " + ", " between elements + " ]"
-      for (Json::ArrayIndex index = 0; index < size; ++index) {
-        if (HasComment(value[index])) multiline = true;
-        WriteValue(value[index]);
+      for (size_t index = 0; index < size; ++index) {
+        if (HasComment(*elements[index])) multiline = true;
+        WriteValue(*elements[index]);
         lineLength += childValues_[index].length();
       }
       addChildValues_ = false;
@@ -213,6 +242,8 @@ class Writer {
     }
   }
 
+  const Json::Value* const standIn_;
+  const std::vector<Json::Value*>* const standInElements_;
   std::string document_;
   // The document's length just behind the last line comment written on a value's line.
   size_t lineCommentEnd_ = std::string::npos;
@@ -225,7 +256,12 @@ bool IsControlCharacter(char c) { return c > 0 && c <= 0x1F; }
 
 }  // namespace
 
-std::string StyledWrite(const Json::Value& root) { return Writer().Write(root); }
+std::string StyledWrite(const Json::Value& root) { return Writer(nullptr, nullptr).Write(root); }
+
+std::string StyledWriteWithArray(const Json::Value& root, const Json::Value* standIn,
+                                 const std::vector<Json::Value*>& elements) {
+  return Writer(standIn, &elements).Write(root);
+}
 
 std::string FormatReal(double value) {
   char buffer[64];

@@ -24,10 +24,16 @@
 #include <json/value.h>
 
 #include <string>
+#include <vector>
 
 namespace vsm {
 
 std::string StyledWrite(const Json::Value& root);
+// The same text as StyledWrite gives for `root` with the value at `standIn` (a value inside
+// `root`) replaced by an array of copies of `elements`, a null entry standing for null; but
+// nothing is copied. Answers are written this way from values their request keeps.
+std::string StyledWriteWithArray(const Json::Value& root, const Json::Value* standIn,
+                                 const std::vector<Json::Value*>& elements);
 
 // The pieces the writer uses, for callers that format single values the same way.
 std::string FormatReal(double value);

@@ -17,7 +17,8 @@ uint32_t GetTickMilliseconds();
 // usleep(ms * 1000).
 void SleepMilliseconds(uint32_t ms);
 
-// The kernel's number of the calling thread (gettid).
+// The kernel's number of the calling thread (gettid), fetched once per thread and kept; a child
+// of fork fetches its own again.
 uint32_t GetCurrentThreadNumber();
 
 struct LocalSystemTime {

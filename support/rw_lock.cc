@@ -1,5 +1,8 @@
 #include "support/rw_lock.h"
 
+#include <sched.h>
+#include <time.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +14,17 @@ namespace vsm {
 namespace {
 
 constexpr uint32_t kWriteHold = 0x10000;
+// How long a thread looks at a busy lock again, yielding the processor in between, before it
+// sleeps in the polling wait. Holds last well under a microsecond, so the lock is nearly always
+// free again long before the first 1 or 2 ms poll step would end. The bound is in time, not in
+// looks: on a loaded machine one yield may give the processor away for a whole time slice.
+constexpr int64_t kLookingNanoseconds = 50000;
+
+int64_t MonotonicNanoseconds() {
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
 
 }  // namespace
 
@@ -23,13 +37,15 @@ CRWLock::CRWLock()
       threads_(nullptr),
       size_(0),
       capacity_(0),
-      growBy_(0) {
+      growBy_(0),
+      spare_(nullptr) {
   mutex_.Init();
 }
 
 CRWLock::~CRWLock() {
   for (int32_t i = 0; i < size_; ++i) std::free(threads_[i]);
   std::free(threads_);
+  std::free(spare_);
   mutex_.Destroy();
 }
 
@@ -153,6 +169,17 @@ int CRWLock::UpgradeCore(uint32_t timeoutMs) {
   return result;
 }
 
+void CRWLock::LookAgainWhileBusy(bool forWrite) {
+  auto busy = [&] { return writers_ != 0 || (forWrite && readers_ != 0); };
+  if (!busy()) return;
+  const int64_t start = MonotonicNanoseconds();
+  do {
+    mutex_.Unlock();
+    sched_yield();
+    mutex_.Lock();
+  } while (busy() && MonotonicNanoseconds() - start < kLookingNanoseconds);
+}
+
 int32_t CRWLock::FindThread(uint32_t threadId) const {
   for (int32_t i = 0; i < size_; ++i) {
     if (threads_[i]->threadId == threadId) return i;
@@ -162,8 +189,12 @@ int32_t CRWLock::FindThread(uint32_t threadId) const {
 
 // Aborts when a few bytes can't be had: without its record the thread could never unlock.
 void CRWLock::AppendThread(uint32_t threadId, uint32_t depths) {
-  auto* record = static_cast<ThreadLockRecord*>(std::calloc(1, sizeof(ThreadLockRecord)));
-  if (record == nullptr) std::abort();
+  ThreadLockRecord* record = spare_;
+  spare_ = nullptr;
+  if (record == nullptr) {
+    record = static_cast<ThreadLockRecord*>(std::calloc(1, sizeof(ThreadLockRecord)));
+    if (record == nullptr) std::abort();
+  }
   record->threadId = threadId;
   record->depths = depths;
   if (size_ + 1 > capacity_) {
@@ -184,7 +215,13 @@ void CRWLock::AppendThread(uint32_t threadId, uint32_t depths) {
 }
 
 void CRWLock::RemoveThread(int32_t index) {
-  std::free(threads_[index]);
+  // One record is kept back for the next first acquisition: a lock taken and left again by one
+  // thread at a time then costs no heap call at all.
+  if (spare_ == nullptr) {
+    spare_ = threads_[index];
+  } else {
+    std::free(threads_[index]);
+  }
   std::memmove(threads_ + index, threads_ + index + 1,
                static_cast<size_t>(size_ - index - 1) * sizeof(*threads_));
   threads_[--size_] = nullptr;
@@ -203,6 +240,7 @@ int CRWLock::ReadLock(uint32_t timeoutMs) {
     record->depths += 1;
     return 1;
   }
+  if (timeoutMs != 0) LookAgainWhileBusy(false);
   if (writers_ == 0) {
     ++readers_;
   } else if (timeoutMs == 0 || WaitForRead(timeoutMs) == 0) {
@@ -234,6 +272,7 @@ int CRWLock::WriteLock(uint32_t timeoutMs) {
     record->depths += kWriteHold;
     return 1;
   }
+  if (timeoutMs != 0) LookAgainWhileBusy(true);
   if (writers_ == 0 && readers_ == 0) {
     ++writers_;
     AppendThread(self, kWriteHold);
@@ -311,6 +350,7 @@ uint32_t CRWLock::GetThreadLockCounts(uint32_t* readDepth, uint32_t* writeDepth)
 
 int CRWLock::AcquireRead(uint32_t timeoutMs) {
   mutex_.Lock();
+  if (timeoutMs != 0) LookAgainWhileBusy(false);
   int result = 0;
   if (writers_ == 0) {
     ++readers_;
@@ -330,6 +370,7 @@ void CRWLock::ReleaseRead() {
 
 int CRWLock::AcquireWrite(uint32_t timeoutMs) {
   mutex_.Lock();
+  if (timeoutMs != 0) LookAgainWhileBusy(true);
   if (writers_ == 0 && readers_ == 0) {
     ++writers_;
     mutex_.Unlock();

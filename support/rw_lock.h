@@ -7,13 +7,14 @@
 // records and allows no re-entrancy; the two faces are not meant to be mixed on one lock.
 //
 // Writers have priority: `writers` counts waiting writers too, so a new reader queues behind
-// every waiting writer. Waiting threads poll events in 1 or 2 ms steps (see event.h); the events
-// exist only while somebody waits. Timeouts are milliseconds, INFINITE_WAIT for none, and the
-// results are 1 (taken) or 0 (not taken). An unlock by a thread that holds nothing changes
-// nothing; otherwise each unlock must match a hold of the same side (the depths are plain
-// counters). All operations are thread-safe and throw nothing; running out of memory for a
-// thread record ends the process, since going on without it would leave the lock held for good.
-// Destroying the lock while threads use it is undefined.
+// every waiting writer. A thread that finds the lock busy, with a timeout other than 0, first
+// looks again a few times, yielding in between; only when it is still busy does it wait,
+// polling events in 1 or 2 ms steps (see event.h); the events exist only while somebody waits.
+// Timeouts are milliseconds, INFINITE_WAIT for none, and the results are 1 (taken) or 0 (not
+// taken). An unlock by a thread that holds nothing changes nothing; otherwise each unlock must
+// match a hold of the same side (the depths are plain counters). All operations are thread-safe and
+// throw nothing; running out of memory for a thread record ends the process, since going on without
+// it would leave the lock held for good. Destroying the lock while threads use it is undefined.
 #ifndef VSM_SUPPORT_RW_LOCK_H_
 #define VSM_SUPPORT_RW_LOCK_H_
 
@@ -83,6 +84,10 @@ class CRWLock {
   int WaitForWrite(uint32_t timeoutMs);
   // Returns with `mutex_` released.
   int UpgradeCore(uint32_t timeoutMs);
+  // Releases `mutex_` and yields a bounded number of times while a writer is in (or, with
+  // `forWrite`, anyone is), so that a hold about to end costs no poll step. Never waits on
+  // events and never changes the counters; `mutex_` is held again on return.
+  void LookAgainWhileBusy(bool forWrite);
   // Index of the caller's record in `threads_`, or -1.
   int32_t FindThread(uint32_t threadId) const;
   void AppendThread(uint32_t threadId, uint32_t depths);
@@ -98,6 +103,7 @@ class CRWLock {
   int32_t size_;
   int32_t capacity_;
   int32_t growBy_;
+  ThreadLockRecord* spare_;  // a removed record kept for reuse, or null
 };
 
 // Holds `lock` for reading from construction to destruction, with INFINITE_WAIT, so that the

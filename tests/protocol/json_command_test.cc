@@ -76,5 +76,16 @@ TEST(JsonCommand, MemberValuesAndReparse) {
   EXPECT_EQ(command.GetText(), "{");
 }
 
+// Taking an argument out of the parsed command gives the value a copy would have been.
+TEST(JsonCommand, TakenParametersEqualCopiedOnes) {
+  for (const char* text : {"{\"parameter\":[null,true,-1,1.5,\"s\\u0000t\",[1,[2]],{\"a\":{}}]}",
+                           "{\"parameter\":{\"a\":1}}", "{"}) {
+    JsonCommand copied(text), taken(text);
+    for (int index = -1; index <= copied.GetParameterCount(); ++index) {
+      EXPECT_EQ(TextOf(copied.GetParameter(index)), TextOf(taken.TakeParameter(index))) << text;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vsm

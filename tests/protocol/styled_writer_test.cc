@@ -51,6 +51,9 @@ TEST(StyledWriter, WritesExactBytes) {
        "{\n   \"a\" : 1, // x : \n   \"b\" : [\n      2, // y \n      3\n   ]\n}\n"}};
   for (const auto& [json, expected] : rows) EXPECT_EQ(Rewrite(json), expected) << json;
   EXPECT_EQ(StyledWrite(Json::Value(std::string("x\0y", 3))), "\"x\"\n");
+  Json::Value sparse;
+  sparse[3] = 1;  // the indices it skips read as null
+  EXPECT_EQ(StyledWrite(sparse), "[ null, null, null, 1 ]\n");
   EXPECT_EQ(FormatReal(INFINITY), "inf");
 }
 

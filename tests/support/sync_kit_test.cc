@@ -2,6 +2,8 @@
 #include "support/rw_lock.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -248,6 +250,28 @@ TEST(SemaphoreThreadAndClockTest, CountsFollowPostsStopCancelsUnlessEndlessMilli
   SystemTimeFromUnixTime(&then, 951868799);  // the last second of a leap day
   const LocalSystemTime leap = {2000, 2, 0, 29, 23, 59, 59, 777};
   EXPECT_EQ(std::memcmp(&then, &leap, sizeof(leap)), 0);
+}
+
+// The number is kept per thread; a child forked from any thread has its own, and a lock that
+// the child takes and leaves knows it by that number.
+TEST(SemaphoreThreadAndClockTest, ThreadNumbersAreEachThreadsOwnAlsoInAForkedChild) {
+  auto own = [] { return GetCurrentThreadNumber() == syscall(SYS_gettid); };
+  auto forkAndCheck = [&] {
+    ASSERT_TRUE(own() && own());
+    pid_t child = fork();
+    if (child == 0) {
+      CRWLock lock;
+      bool ok = own() && lock.WriteLock(0) && lock.ReadLock(0) && lock.threadCount() == 1;
+      lock.UnlockAll();
+      _exit(ok && lock.threadCount() == 0 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  };
+  forkAndCheck();
+  std::thread(forkAndCheck).join();
+  EXPECT_TRUE(own());
 }
 
 }  // namespace

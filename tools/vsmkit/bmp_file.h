@@ -7,13 +7,21 @@
 #include <string>
 #include <vector>
 
+#include "image/image.h"
+
 namespace vsmkit {
 
-// The packed DIB of a BMP file, exactly as long as its header says. Only what the kit attaches
-// as it stands is accepted: a 40-byte header, 1, 4, 8 or 24 bits, no compression, bottom-up
-// rows, a colour count that fits the depth, the pixels right behind the palette, and all bytes
-// present. Anything else is an OperationFailed naming the file and the reason.
+// The packed DIB of a BMP file: the 40-byte header, the three colour masks of a bit-field file,
+// the palette, and the pixel rows from where the file header says they start. Accepted: 1, 4,
+// 8, 16, 24 or 32 bits, no compression (or bit fields at 16 and 32 bits), bottom-up rows, a
+// colour count that fits the depth, and all bytes present. Anything else is an OperationFailed
+// naming the file and the reason.
 std::vector<uint8_t> ReadBmpDib(const std::string& path);
+
+// Loads a BMP file into `image` the way the kit imports foreign pictures: bit-field pixels (and
+// plain 16-bit ones, which are 5-5-5 bit fields) through NormaliseDib, then AttachFlattened,
+// which composes 32-bit pixels onto white. OperationFailed when the kit can't hold it.
+void LoadBmpImage(const std::string& path, vsm::CImage& image);
 
 // Writes `size` bytes of `dib` behind a file header whose pixel offset is 14 + `pixelOffset`.
 // OperationFailed when the file can't be written; no partial file stays.

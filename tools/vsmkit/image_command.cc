@@ -13,7 +13,7 @@ namespace vsmkit {
 namespace {
 
 // Every list of OPs, in the order help shows them. A file with further OPs adds its list here.
-ImageOpList (*const kOpLists[])() = {CoreImageOps};
+ImageOpList (*const kOpLists[])() = {CoreImageOps, GeometryImageOps, ToneImageOps};
 
 const ImageOp* FindOp(const std::string& name) {
   for (auto list : kOpLists) {
@@ -50,9 +50,8 @@ int RunImage(const Arguments& arguments) {
   if (op == nullptr) throw UsageError("unknown OP: " + arguments[0]);
   const size_t files = op->writesImage ? 2 : 1;
   ExpectCount(arguments, 1 + files + op->least, 1 + files + op->most);
-  const std::vector<uint8_t> dib = ReadBmpDib(arguments[1]);
-  vsm::CImage image(dib.data());
-  if (!image.IsValid()) throw OperationFailed(arguments[1] + ": the kit can't hold this picture");
+  vsm::CImage image;
+  LoadBmpImage(arguments[1], image);
   const Arguments rest(arguments.begin() + 1 + files, arguments.end());
   if (!op->run(image, rest)) {
     char text[64];

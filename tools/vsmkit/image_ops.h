@@ -33,6 +33,10 @@ struct ImageOpList {
 
 // Block handling, depth, colour reduction, sampling and scaling.
 ImageOpList CoreImageOps();
+// Flips, turns, rotation, crops, extension, pasting, and the normalised block.
+ImageOpList GeometryImageOps();
+// Threshold, grey, negative, tables, filtering, fills, blends, boxes and the measures.
+ImageOpList ToneImageOps();
 
 }  // namespace vsmkit
 
