@@ -58,8 +58,7 @@ uint8_t* MakeBlock(FuzzedDataProvider& input) {
   Put32(header + 36, input.ConsumeIntegralInRange<uint32_t>(0, 300));
   const std::vector<uint8_t> rest =
       input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, 4 * kMostPixels));
-  auto* block =
-      static_cast<uint8_t*>(vsm::TrackedAlloc(0, sizeof(header) + rest.size()));
+  auto* block = static_cast<uint8_t*>(vsm::TrackedAlloc(0, sizeof(header) + rest.size()));
   std::memcpy(block, header, sizeof(header));
   if (!rest.empty()) std::memcpy(block + sizeof(header), rest.data(), rest.size());
   return block;
@@ -91,7 +90,8 @@ void Operate(FuzzedDataProvider& input, CImage& image) {
       const bool white = input.ConsumeBool();
       input.ConsumeData(background, sizeof(background));
       float angle = input.ConsumeFloatingPointInRange<float>(-720, 720);
-      if (input.ConsumeBool()) angle = std::round(angle / 90) * 90 + input.ConsumeProbability<float>() / 8;
+      if (input.ConsumeBool())
+        angle = std::round(angle / 90) * 90 + input.ConsumeProbability<float>() / 8;
       image.Rotate(mode, overflow, white ? nullptr : background, keepSize, angle);
       break;
     }
